@@ -1,0 +1,39 @@
+#pragma once
+
+#include "base/Data.hpp"
+#include "base/Value.hpp"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+/// Property lists as bytes: the XML form and the binary form (`bplist00`), told apart by the bytes
+/// themselves. Any bytes end in a value or an error: depth is limited to `maximumDepth`, time and
+/// memory are linear in the input, nothing outside the bytes is read (no external entities).
+namespace tav::PropertyList {
+
+enum class Form {
+    XML,    ///< UTF-8, the document type of version 1.0, tabs for indentation, keys sorted.
+    Binary, ///< `bplist00`; equal texts, numbers, dates and bytes are stored once.
+};
+
+/// How deep arrays and dictionaries may nest.
+inline constexpr std::size_t maximumDepth = 512;
+
+/// Why bytes are no property list, or a value cannot be written as one.
+struct Error {
+    std::string reason;     ///< A sentence for people.
+    std::size_t line = 0;   ///< From 1, in the XML form; 0 where lines mean nothing.
+    std::size_t offset = 0; ///< Of the byte where reading stopped.
+};
+
+/// The value that the bytes hold, or nothing. `outError` may be null.
+[[nodiscard]] std::optional<Value> read(BytesView bytes, Error* outError);
+[[nodiscard]] std::optional<Value> readXML(BytesView bytes, Error* outError);
+[[nodiscard]] std::optional<Value> readBinary(BytesView bytes, Error* outError);
+
+/// The value as bytes, or nothing where the form cannot hold it: too deep, a date that no calendar
+/// reaches or, in XML, a text that is no UTF-8 or holds characters that XML has no form for.
+[[nodiscard]] std::optional<Data> write(const Value& value, Form form, Error* outError);
+
+} // namespace tav::PropertyList

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tav {
+
+/// The text in ASCII as well as that can be said: accents dropped, letters such as "ß" and "Ł"
+/// written out, curly quotes straightened, and "?" for every unit of UTF-16 that has no such form.
+///
+/// Apart from the other Unicode operations, since this one needs ICU's data tables. The first call
+/// builds the transliterator; calls may come from any thread.
+[[nodiscard]] std::string lossyASCII(std::string_view text);
+
+} // namespace tav

@@ -1,0 +1,21 @@
+# The packages; docs/dependencies.md has the reason for each.
+find_package(ICU 67 REQUIRED COMPONENTS uc i18n)
+find_package(EXPAT REQUIRED)
+find_package(fmt REQUIRED)
+
+set(TAV_SDBUS_HEADERS FALSE)
+if(TAV_WITH_SDBUS)
+    include(CheckIncludeFileCXX)
+    check_include_file_cxx(systemd/sd-bus.h TAV_HAVE_SDBUS_HEADER)
+    if(TAV_HAVE_SDBUS_HEADER)
+        set(TAV_SDBUS_HEADERS TRUE)
+    else()
+        message(STATUS "systemd/sd-bus.h not found: quit requests will answer that there is no bus")
+    endif()
+endif()
+
+if(TAV_BUILD_TESTS)
+    find_package(GTest REQUIRED)
+    find_package(nlohmann_json REQUIRED)
+    find_package(benchmark REQUIRED)
+endif()

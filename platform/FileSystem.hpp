@@ -1,0 +1,95 @@
+#pragma once
+
+#include "base/Data.hpp"
+#include "base/Date.hpp"
+#include "base/Result.hpp"
+#include "platform/Seam.hpp"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tav {
+
+class FileSystem;
+
+namespace internal {
+/// The host's own file system (platform/linux).
+FileSystem& realFileSystem();
+} // namespace internal
+
+/// What a name in a folder stands for.
+enum class FileKind : std::uint8_t { Regular, Folder, Link, Pipe, Socket, Device, Unknown };
+
+/// What tells one file from every other. Two names with equal identities are the same file; the time
+/// of birth tells it from a later file that was given the number of a removed one.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+    std::int64_t birthNanoseconds = 0; ///< Since 1970; 0 where the file system keeps none.
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// What the file system knows of a file without opening it.
+struct FileAttributes {
+    FileKind kind = FileKind::Unknown;
+    std::uint32_t permissions = 0; ///< The twelve bits of `chmod`.
+    std::uint32_t user = 0;
+    std::uint32_t group = 0;
+    std::uint64_t size = 0; ///< Bytes of the content.
+    FileIdentity identity;
+    Date modificationDate;
+    Date changeDate; ///< Of the content or of anything that stands here.
+};
+
+/// A name in a folder, with the kind where the listing itself tells it (otherwise `Unknown`).
+struct FolderEntry {
+    std::string name;
+    FileKind kind = FileKind::Unknown;
+};
+
+/// Whether a move may take the place of what stands at its destination.
+enum class Replace : bool { No, Yes };
+
+/// The seam to files and folders: paths are absolute or relative to the working directory, names are
+/// bytes. Nothing here raises; every failure is answered as the host's error number. Calls may come
+/// from any thread. An interrupted call is taken up again.
+class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
+  public:
+    virtual ~FileSystem() = default;
+
+    /// Of the file at the path itself, when it is a link of the link.
+    virtual Result<FileAttributes> attributes(std::string_view path) = 0;
+    /// Of what the path leads to through links.
+    virtual Result<FileAttributes> targetAttributes(std::string_view path) = 0;
+
+    /// The names in a folder but "." and "..", in the file system's order.
+    virtual Result<std::vector<FolderEntry>> folderEntries(std::string_view path) = 0;
+
+    /// The text of a link.
+    virtual Result<std::string> linkTarget(std::string_view path) = 0;
+    /// The absolute path without links, "." and ".."; everything on the way has to exist.
+    virtual Result<std::string> canonicalPath(std::string_view path) = 0;
+
+    /// The content of a regular file. EFBIG when it has more bytes than `maximumSize`, EISDIR for a
+    /// folder, EINVAL for anything else that is no file; never waits for a pipe or a device.
+    virtual Result<Data> readFile(std::string_view path, std::uint64_t maximumSize) = 0;
+    /// Makes the file or replaces its content, in place. Not atomic.
+    virtual SystemError writeFile(std::string_view path, BytesView content,
+                                  std::uint32_t permissions) = 0;
+
+    virtual SystemError createFolder(std::string_view path, std::uint32_t permissions) = 0;
+    virtual SystemError createLink(std::string_view path, std::string_view target) = 0;
+    virtual SystemError setPermissions(std::string_view path, std::uint32_t permissions) = 0;
+
+    /// Gives a file or folder another path in the same file system (EXDEV otherwise). Without
+    /// replacing, EEXIST when something stands there.
+    virtual SystemError move(std::string_view from, std::string_view to, Replace replace) = 0;
+    /// Anything but a folder.
+    virtual SystemError removeFile(std::string_view path) = 0;
+    /// An empty folder.
+    virtual SystemError removeFolder(std::string_view path) = 0;
+};
+
+} // namespace tav

@@ -1,0 +1,2 @@
+#include "base/Low.hpp"
+#include "platform/High.hpp"
