@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tav {
@@ -74,9 +75,10 @@ class ProcessTable : public Seam<ProcessTable, internal::realProcessTable> {
     virtual std::optional<ArgumentArea> argumentArea(int process, ArgumentArea::Layout wanted,
                                                      std::size_t bufferSize) = 0;
 
-    /// What the kernel says of the running executable, in one call and unverified: the path at which
-    /// it was started, or a text that has to be compared with the file system first (see
-    /// `executablePath`). Enough to rule a process out, never to recognise it.
+    /// What the kernel says of the running executable, in one call and unverified. A text that does
+    /// not end in `removedExecutableMark` is the path of a file (of another tree, perhaps), never of a
+    /// folder, and `executablePath` answers that text or nothing. Enough to rule a process out, not
+    /// to recognise it.
     virtual std::optional<std::string> executableLink(int process) = 0;
 
     /// The path, in the caller's tree of files, that the running executable was started from. A file
