@@ -6,6 +6,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,11 +18,11 @@
 namespace tav {
 
 /// A tree of property-list values: booleans, integers, reals, texts, bytes, dates, arrays and
-/// dictionaries. Values are copied deep and belong to whoever holds them; distinct values may be used
-/// from distinct threads.
+/// dictionaries. Values are copied deep and belong to whoever holds them; distinct values may be
+/// used from distinct threads.
 class Value {
   public:
-    enum class Type { Boolean, Integer, Real, String, Data, Date, UID, Array, Dictionary };
+    enum class Type { Boolean, Integer, Real, String, Bytes, Date, UID, Array, Dictionary };
 
     /// A reference inside a keyed archive. Only binary property lists hold it as such.
     struct UID {
@@ -34,12 +35,14 @@ class Value {
 
     /// The empty text.
     Value();
-    template <std::same_as<bool> T> Value(T value) : content_(value) {}
-    template <std::signed_integral T> Value(T value) : content_(std::int64_t{value}) {}
+    template <std::same_as<bool> T>
+    Value(T value) : content_(value) {}
+    template <std::signed_integral T>
+    Value(T value) : content_(std::int64_t{value}) {}
     template <std::unsigned_integral T>
-        requires(!std::same_as<T, bool>)
-    Value(T value) : content_(std::uint64_t{value}) {}
-    template <std::floating_point T> Value(T value) : content_(double(value)) {}
+    requires(!std::same_as<T, bool>) Value(T value) : content_(std::uint64_t{value}) {}
+    template <std::floating_point T>
+    Value(T value) : content_(double(value)) {}
     Value(const char* text);
     Value(std::string_view text);
     Value(std::string text);
@@ -74,15 +77,18 @@ class Value {
     [[nodiscard]] std::optional<std::int64_t> asSigned() const;
     [[nodiscard]] std::optional<std::uint64_t> asUnsigned() const;
 
-    /// A number, or a text that begins with one, as the type asked for; 0 for anything else. Integers
-    /// wrap to the width that is asked for; a real is cut towards 0 and kept within 64 bits.
+    /// A number, or a text that begins with one, as the type asked for; 0 for anything else.
+    /// Integers wrap to the width that is asked for; a real is cut towards 0 and kept within 64
+    /// bits, a text's number within the type. As a truth value, texts that begin with "Y" or "T"
+    /// count as true too.
     [[nodiscard]] bool boolValue() const;
     [[nodiscard]] std::int32_t intValue() const;
     [[nodiscard]] std::int64_t longLongValue() const;
     [[nodiscard]] std::uint64_t unsignedLongLongValue() const;
     [[nodiscard]] double doubleValue() const;
 
-    /// The text that "%@" shows: a text as it is, a number in decimal, containers as old-style text.
+    /// The text that "%@" shows: a text as it is, a number in decimal, containers as old-style
+    /// text.
     [[nodiscard]] std::string description() const;
 
     /// Numbers are equal by value, whatever their types (true is 1); not-a-number equals itself.
@@ -110,6 +116,8 @@ class Value::Dictionary {
 
     [[nodiscard]] std::size_t size() const;
     [[nodiscard]] bool empty() const;
+    /// Makes room for so many entries at once.
+    void reserve(std::size_t count);
 
     /// Null when there is no such key. The answer holds until the dictionary is changed.
     [[nodiscard]] const Value* find(std::string_view key) const;
@@ -119,7 +127,7 @@ class Value::Dictionary {
 
     /// Enters the value, in the place of one that has the key already.
     Value& set(std::string key, Value value);
-    /// Whether there was one.
+    /// Whether there was one. Takes time in proportion to the entries.
     bool remove(std::string_view key);
 
     /// In the order of entering. Keys must not be changed through these.
@@ -133,6 +141,8 @@ class Value::Dictionary {
 
   private:
     class Index;
+    [[nodiscard]] std::size_t positionOf(std::string_view key) const;
+
     std::vector<Entry> entries_;
     std::unique_ptr<Index> index_;
 };

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "base/Value.hpp"
+
+#include <string>
+
+/// Property lists as old-style text: `{ key = value; }`, `(a, b)`, `<0fbd77>`.
+namespace tav::OldStyleText {
+
+/// The text of a value: keys ascend by their bytes, four blanks a level. A text stands without
+/// quotes when it is ASCII letters and digits only; numbers and dates follow the same rule, as the
+/// form has no types for them. In quotes, units of UTF-16 beyond ASCII read `\Uxxxx`, so the text
+/// is ASCII.
+[[nodiscard]] std::string write(const Value& value);
+
+} // namespace tav::OldStyleText
