@@ -29,14 +29,14 @@ class Bundle {
     /// The text under "CFBundleIdentifier".
     [[nodiscard]] std::optional<std::string> bundleIdentifier() const;
 
-    /// `Contents/MacOS/` and the name under "CFBundleExecutable", or the bundle's own name without its
-    /// extension where the list names none. The file need not exist. Nothing when the declared
+    /// `Contents/MacOS/` and the name under "CFBundleExecutable", or the bundle's own name without
+    /// its extension where the list names none. The file need not exist. Nothing when the declared
     /// name is not a plain name (empty, "." or "..", with a slash).
     [[nodiscard]] std::optional<std::string> executablePath() const;
 
     /// The path of the file `name.type` among the resources: in `Contents/Resources`, or for a
-    /// folder without `Contents` in `Resources` or in the folder itself. Nothing when there is none,
-    /// or when the name has a slash.
+    /// folder without `Contents` in `Resources` or in the folder itself. Nothing when there is
+    /// none, or when the name has a slash.
     [[nodiscard]] std::optional<std::string> pathForResource(std::string_view name,
                                                              std::string_view type) const;
 

@@ -15,9 +15,9 @@ namespace internal {
 DesktopSessions& realDesktopSessions();
 } // namespace internal
 
-/// On whose desktop something is asked or started: the user, with that user's groups and environment
-/// (session bus, display, language). A value, complete when it is made: the process that it was
-/// taken from may end meanwhile.
+/// On whose desktop something is asked or started: the user, with that user's groups and
+/// environment (session bus, display, language). A value, complete when it is made: the process
+/// that it was taken from may end meanwhile.
 struct DesktopSession {
     /// The caller's own user and environment; then nothing else here has a meaning.
     bool isOwn = true;

@@ -22,8 +22,8 @@ FileSystem& realFileSystem();
 /// What a name in a folder stands for.
 enum class FileKind : std::uint8_t { Regular, Folder, Link, Pipe, Socket, Device, Unknown };
 
-/// What tells one file from every other. Two names with equal identities are the same file; the time
-/// of birth tells it from a later file that was given the number of a removed one.
+/// What tells one file from every other. Two names with equal identities are the same file; the
+/// time of birth tells it from a later file that was given the number of a removed one.
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t number = 0;
@@ -52,9 +52,9 @@ struct FolderEntry {
 /// Whether a move may take the place of what stands at its destination.
 enum class Replace : bool { No, Yes };
 
-/// The seam to files and folders: paths are absolute or relative to the working directory, names are
-/// bytes. Nothing here raises; every failure is answered as the host's error number. Calls may come
-/// from any thread. An interrupted call is taken up again.
+/// The seam to files and folders: paths are absolute or relative to the working directory, names
+/// are bytes. Nothing here raises; every failure is answered as the host's error number. Calls may
+/// come from any thread. An interrupted call is taken up again.
 class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
   public:
     virtual ~FileSystem() = default;

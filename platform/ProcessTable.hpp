@@ -76,13 +76,13 @@ class ProcessTable : public Seam<ProcessTable, internal::realProcessTable> {
                                                      std::size_t bufferSize) = 0;
 
     /// What the kernel says of the running executable, in one call and unverified. A text that does
-    /// not end in `removedExecutableMark` is the path of a file (of another tree, perhaps), never of a
-    /// folder, and `executablePath` answers that text or nothing. Enough to rule a process out, not
-    /// to recognise it.
+    /// not end in `removedExecutableMark` is the path of a file (of another tree, perhaps), never
+    /// of a folder, and `executablePath` answers that text or nothing. Enough to rule a process
+    /// out, not to recognise it.
     virtual std::optional<std::string> executableLink(int process) = 0;
 
-    /// The path, in the caller's tree of files, that the running executable was started from. A file
-    /// that was replaced or removed since still has its path; an executable of another tree (a
+    /// The path, in the caller's tree of files, that the running executable was started from. A
+    /// file that was replaced or removed since still has its path; an executable of another tree (a
     /// container's) has none.
     virtual std::optional<std::string> executablePath(int process) = 0;
 

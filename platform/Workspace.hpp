@@ -19,7 +19,8 @@ class Workspace : public Seam<Workspace, internal::realWorkspace> {
   public:
     virtual ~Workspace() = default;
 
-    /// Starts the application whose bundle lies at a path, in a session's name, and returns at once.
+    /// Starts the application whose bundle lies at a path, in a session's name, and returns at
+    /// once.
     ///
     /// The application outlives the caller: it has a session of its own, standard streams on
     /// /dev/null, no other descriptors, default signal dispositions and "/" as working directory. A

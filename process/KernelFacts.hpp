@@ -24,11 +24,12 @@ struct KernelFacts {
 /// `KERN_FAILURE`: the kernel did not tell its release, and nothing was changed.
 inline constexpr Status kernelFailure = static_cast<Status>(5);
 
-/// Asks the process table's seam for the kernel's release and for the size of the argument area, and
-/// computes the facts from them. May run again at any time, but not beside another use of the facts.
+/// Asks the process table's seam for the kernel's release and for the size of the argument area,
+/// and computes the facts from them. May run again at any time, but not beside another use of the
+/// facts.
 ///
-/// The area's size is 4096 when the kernel does not tell it, and is kept to 8192 up to major version
-/// 6, a cap for older kernels that stands although today's Linux begins with 6 again: see
+/// The area's size is 4096 when the kernel does not tell it, and is kept to 8192 up to major
+/// version 6, a cap for older kernels that stands although today's Linux begins with 6 again: see
 /// `ProcessTable::argumentArea`, which is free to hand over more.
 Status ZoMachStatsInit();
 

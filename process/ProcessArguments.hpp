@@ -33,10 +33,12 @@ struct ProcessArguments {
 /// - The launcher "LaunchCFMApp" is looked through: what it launched is the command.
 /// - A text whose last path component equals the command repeats the program's own path: it is no
 ///   argument. The environment's "_=" entry is kept all the same.
-/// - With "DashboardClient" anywhere, or under the commands "Konfabulator" and "java", the first later
+/// - With "DashboardClient" anywhere, or under the commands "Konfabulator" and "java", the first
+/// later
 ///   text that ends in ".wdgt" or ".widget" is the annotation (without the extension), or one that
 ///   ends in ".jar" (with it).
-/// - The count of arguments goes down for each text that is dropped as launcher or repetition, not for
+/// - The count of arguments goes down for each text that is dropped as launcher or repetition, not
+/// for
 ///   texts that are passed over. Texts from the counted place on that contain "=" are environment;
 ///   with a count of 0 the arguments are left whole besides.
 /// - A count that has fallen below 0 is as good as none.

@@ -38,7 +38,8 @@ bool matches(const ZoProcess& process, std::string_view name, OptionalText ident
 }
 
 /// The first process of the effective user that the test takes.
-template <class Test> std::optional<ZoProcess> firstUserProcess(const Test& test) {
+template <class Test>
+std::optional<ZoProcess> firstUserProcess(const Test& test) {
     for (const ZoProcess& process : ZoProcess::userProcesses()) {
         if (test(process)) {
             return process;

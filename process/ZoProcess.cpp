@@ -167,8 +167,8 @@ const ProcessArguments& ZoProcess::doProcargs() const {
     }
     ProcessTable& table = ProcessTable::current();
     const KernelFacts& facts = kernelFacts();
-    const ArgumentArea::Layout wanted = facts.major_version >= 8 ? ArgumentArea::Layout::Counted
-                                                                 : ArgumentArea::Layout::Plain;
+    const ArgumentArea::Layout wanted =
+        facts.major_version >= 8 ? ArgumentArea::Layout::Counted : ArgumentArea::Layout::Plain;
     ProcessArguments read;
     if (const std::optional<ArgumentArea> area = table.argumentArea(
             process_, wanted, static_cast<std::size_t>(facts.argument_buffer_size))) {

@@ -36,11 +36,13 @@ class ZoProcess final {
     /// Looks at the kernel anew (`ZoMachStatsInit`), as happens by itself before the first use.
     static void initialize();
 
-    // ---- Finding one process. Nothing when there is none. "Name lookups" walk the processes of the
-    // effective user and compare ignoring case; what is found is the first in the kernel's order.
+    // ---- Finding one process. Nothing when there is none. "Name lookups" walk the processes of
+    // the effective user and compare ignoring case; what is found is the first in the kernel's
+    // order.
 
     /// Also a zombie.
-    [[nodiscard]] static std::optional<ZoProcess> processForProcessIdentifier(int processIdentifier);
+    [[nodiscard]] static std::optional<ZoProcess>
+    processForProcessIdentifier(int processIdentifier);
     [[nodiscard]] static ZoProcess currentProcess();
     /// The first whose `command` is exactly this, over all users.
     [[nodiscard]] static std::optional<ZoProcess> processForCommand(std::string_view command);
@@ -51,8 +53,8 @@ class ZoProcess final {
     /// The path of the folder three levels above the executable.
     [[nodiscard]] static std::optional<ZoProcess> processWithPathToBundle(OptionalText path);
 
-    // ---- Listings, in the kernel's order. Each is one new walk over the table; empty when the table
-    // cannot be read.
+    // ---- Listings, in the kernel's order. Each is one new walk over the table; empty when the
+    // table cannot be read.
 
     [[nodiscard]] static List allProcesses();
     /// Those of the effective user.
@@ -65,7 +67,8 @@ class ZoProcess final {
     /// Those whose `command` is exactly this, over all users.
     [[nodiscard]] static List processesForCommand(std::string_view command);
     /// The effective user's processes with this command (ignoring case) and, unless the identifier
-    /// is nil, from a bundle with exactly this identifier. Nothing (not an empty list) for a nil name.
+    /// is nil, from a bundle with exactly this identifier. Nothing (not an empty list) for a nil
+    /// name.
     [[nodiscard]] static std::optional<List> processesWithName(OptionalText name,
                                                                OptionalText withIdentifier);
 
@@ -142,7 +145,8 @@ class ZoProcess final {
 
 } // namespace tav
 
-template <> struct std::hash<tav::ZoProcess> {
+template <>
+struct std::hash<tav::ZoProcess> {
     std::size_t operator()(const tav::ZoProcess& process) const noexcept {
         return static_cast<std::size_t>(process.processIdentifier());
     }

@@ -1,0 +1,3 @@
+#include "relaunch/Relaunch.hpp"
+
+int main() { return tav::runRelaunchAfterInstall(); }
