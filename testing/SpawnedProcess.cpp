@@ -1,0 +1,73 @@
+#include "testing/SpawnedProcess.hpp"
+
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+namespace tav {
+namespace {
+
+std::vector<char*> pointers(std::vector<std::string>& texts) {
+    std::vector<char*> list;
+    for (std::string& text : texts) {
+        list.push_back(text.data());
+    }
+    list.push_back(nullptr);
+    return list;
+}
+
+} // namespace
+
+SpawnedProcess::SpawnedProcess(const std::string& program, std::vector<std::string> arguments,
+                               std::vector<std::string> environment) {
+    const std::vector<char*> argumentList = pointers(arguments);
+    const std::vector<char*> environmentList = pointers(environment);
+    const int error = ::posix_spawn(&identifier_, program.c_str(), nullptr, nullptr,
+                                    argumentList.data(), environmentList.data());
+    if (error != 0) {
+        identifier_ = -1;
+        ADD_FAILURE() << "cannot run " << program << ": error " << error;
+    }
+}
+
+SpawnedProcess::~SpawnedProcess() {
+    if (identifier_ > 0) {
+        ::kill(identifier_, SIGKILL);
+        ::waitpid(identifier_, nullptr, 0);
+    }
+}
+
+void SpawnedProcess::kill(int signal) const { ::kill(identifier_, signal); }
+
+void SpawnedProcess::waitUntilZombie() const {
+    ::siginfo_t information;
+    ::waitid(P_PID, static_cast<::id_t>(identifier_), &information, WEXITED | WNOWAIT);
+}
+
+int SpawnedProcess::wait() {
+    int status = -1;
+    ::waitpid(identifier_, &status, 0);
+    identifier_ = -1;
+    return status;
+}
+
+void installPauseProgram(const std::string& path) {
+    for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
+         slash = path.find('/', slash + 1)) {
+        ::mkdir(path.substr(0, slash).c_str(), 0755);
+    }
+    std::ifstream source(TAV_PAUSE_PROGRAM, std::ios::binary);
+    std::ofstream target(path, std::ios::binary);
+    target << source.rdbuf();
+    target.close();
+    EXPECT_TRUE(source && target) << "cannot write " << path;
+    EXPECT_EQ(::chmod(path.c_str(), 0755), 0);
+}
+
+} // namespace tav
