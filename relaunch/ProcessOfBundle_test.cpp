@@ -1,6 +1,6 @@
 #include "relaunch/PathItem.hpp"
 #include "relaunch/ProcessOfBundle.hpp"
-#include "relaunch/SuiteFixture.hpp"
+#include "relaunch/SuiteFixture_test.hpp"
 
 #include <algorithm>
 #include <random>

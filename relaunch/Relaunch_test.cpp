@@ -1,7 +1,7 @@
 #include "base/Exception.hpp"
 #include "base/PropertyList.hpp"
 #include "relaunch/Relaunch.hpp"
-#include "relaunch/SuiteFixture.hpp"
+#include "relaunch/SuiteFixture_test.hpp"
 
 #include <optional>
 #include <string>

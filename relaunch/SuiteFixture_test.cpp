@@ -1,4 +1,4 @@
-#include "relaunch/SuiteFixture.hpp"
+#include "relaunch/SuiteFixture_test.hpp"
 
 namespace tav {
 namespace {
