@@ -194,7 +194,7 @@ stop_suite() { # ROOT
 # How a child of this shell ended: with status 0.
 ended_in_order() { # PID
     local status=0
-    wait_until 15 has_ended "$1" || return 1
+    wait_until 5 has_ended "$1" || return 1
     wait "$1" || status=$?
     ((status == 0))
 }
@@ -215,5 +215,5 @@ owner_of_name() { # NAME
 }
 
 owns_name() { # PID NAME
-    [[ $(owner_of_name "$2") == "$1" ]]
+    [[ $1 && $(owner_of_name "$2") == "$1" ]]
 }
