@@ -6,7 +6,8 @@
 namespace tav {
 
 /// The text in ASCII as well as that can be said: accents dropped, letters such as "ß" and "Ł"
-/// written out, curly quotes straightened, and "?" for every unit of UTF-16 that has no such form.
+/// written out, curly quotes straightened, and "?" for every unit of UTF-16 that has no such form
+/// (two for an emoji) and every byte that is no UTF-8. U+007F is ASCII and stays.
 ///
 /// Apart from the other Unicode operations, since this one needs ICU's data tables. The first call
 /// builds the transliterator; calls may come from any thread.

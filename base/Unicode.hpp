@@ -10,7 +10,8 @@ namespace tav {
 
 // Texts are bytes, UTF-8 by habit. Where units of UTF-16 are counted or changed, bytes that are no
 // UTF-8 must survive: each such byte 0x80 to 0xFF becomes the unit U+DC80 to U+DCFF, which no valid
-// text holds alone, and comes back as that byte. All functions take ASCII on a fast path.
+// text holds alone, and comes back as that byte. All functions take ASCII on a fast path; those
+// that change or compare characters throw `std::length_error` for texts beyond 2^31 units.
 
 /// Whether the bytes are well-formed UTF-8 (no surrogates, no overlong forms).
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
@@ -34,7 +35,8 @@ namespace tav {
 /// The text of big-endian UTF-16; an odd last byte is left out.
 [[nodiscard]] std::string bytesFromUTF16BigEndian(BytesView units);
 
-/// Canonical caseless matching (full case folding, root locale): composed and decomposed forms agree.
+/// Canonical caseless matching (full case folding, root locale): composed and decomposed forms
+/// agree.
 [[nodiscard]] bool equalsIgnoringCase(std::string_view a, std::string_view b);
 
 /// -1, 0 or 1 by the units of the canonical caseless forms; 0 exactly when `equalsIgnoringCase`.
