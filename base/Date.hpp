@@ -27,12 +27,14 @@ class Date {
     [[nodiscard]] constexpr double secondsSince1970() const {
         return seconds_ + secondsFrom1970To2001;
     }
-    /// The nearest time point of the system clock; its first or last for a moment outside its range.
+    /// The nearest time point of the system clock; its first or last for a moment that its range
+    /// has not, and the first for one that is not a number.
     [[nodiscard]] std::chrono::system_clock::time_point timePoint() const;
 
     /// "2009-12-31T23:59:59Z": whole seconds (rounded down), UTC, the form that property lists use.
-    /// Years outside 0000 to 9999 have as many digits as they need, and a sign. Nothing for a moment
-    /// that no calendar reaches (not a number, infinite, further than about 290 million years).
+    /// Years outside 0000 to 9999 have as many digits as they need (four at least), and a sign.
+    /// Nothing for a moment that no calendar reaches (not a number, infinite, further than about
+    /// 285 million years).
     [[nodiscard]] std::optional<std::string> iso8601() const;
 
     /// Reads what `iso8601` writes; nothing for any other text.
