@@ -20,12 +20,14 @@ class FormatArgument {
                                  std::string_view, const Value*, const void*>;
 
     FormatArgument(std::nullptr_t) {}
-    template <std::same_as<bool> T> FormatArgument(T value) : content_(value) {}
-    template <std::signed_integral T> FormatArgument(T value) : content_(std::int64_t{value}) {}
+    template <std::same_as<bool> T>
+    FormatArgument(T value) : content_(value) {}
+    template <std::signed_integral T>
+    FormatArgument(T value) : content_(std::int64_t{value}) {}
     template <std::unsigned_integral T>
-        requires(!std::same_as<T, bool>)
-    FormatArgument(T value) : content_(std::uint64_t{value}) {}
-    template <std::floating_point T> FormatArgument(T value) : content_(double(value)) {}
+    requires(!std::same_as<T, bool>) FormatArgument(T value) : content_(std::uint64_t{value}) {}
+    template <std::floating_point T>
+    FormatArgument(T value) : content_(double(value)) {}
     FormatArgument(std::string_view text) : content_(text) {}
     FormatArgument(const std::string& text) : content_(std::string_view(text)) {}
     FormatArgument(const char* text) {
@@ -62,9 +64,11 @@ class FormatArgument {
 /// flags, width, precision, `*` and length letters), and "%@" for any argument as an object reads:
 /// texts as they are, numbers in decimal, values by their description, nil as "(null)". "%C" is one
 /// unit of UTF-16. Arguments know their own types, so a form that does not fit them is never
-/// undefined: a missing argument reads "(null)", a text under "%d" is 0. As in C, integers without a
-/// length letter are those of `int`, so "%d" of a wider one has its low 32 bits. The locale plays no
-/// part. Always called as `tav::format`.
+/// undefined: a missing argument reads "(null)", a text under "%d" is 0. As in C, integers without
+/// a length letter are those of `int`, so "%d" of a wider one has its low 32 bits. Arguments may be
+/// taken by position ("%2$@"). Width and precision count units of UTF-16 under "%@" and bytes under
+/// "%s"; each is at most 65536, and all padding of a text at most 1 MiB. What is no conversion
+/// stands as it is. The locale plays no part. Always called as `tav::format`.
 template <class... Arguments>
 [[nodiscard]] std::string format(std::string_view form, const Arguments&... arguments) {
     if constexpr (sizeof...(Arguments) == 0) {
