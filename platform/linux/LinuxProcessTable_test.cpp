@@ -1,4 +1,5 @@
 #include "platform/linux/LinuxProcessTable.hpp"
+#include "platform/linux/ProcRecords.hpp"
 #include "testing/SpawnedProcess.hpp"
 #include "testing/TemporaryFolder.hpp"
 
@@ -254,30 +255,38 @@ TEST_F(LinuxProcessTableTest, TheFilesTellWhatTheMemoryMayNot) {
     ::waitpid(child, nullptr, 0);
 }
 
-TEST_F(LinuxProcessTableTest, ATitleWrittenOverTheArgumentsIsRead) {
+/// A child that has overwritten its arguments, as programs with a title do; it waits to be killed.
+::pid_t forkWithTitle(LinuxProcessTable& table, std::string_view title, char padding) {
     const ::pid_t child = ::fork();
     if (child == 0) {
-        // Points the kernel to another place for the arguments, as programs with a title do.
-        static char title[] = "worker: idle\0\0\0\0\0\0";
-        const auto begin = reinterpret_cast<unsigned long>(title);
-        ::prctl(PR_SET_MM, PR_SET_MM_ARG_START, begin, 0, 0);
-        ::prctl(PR_SET_MM, PR_SET_MM_ARG_END, begin + sizeof title - 1, 0, 0);
+        const std::optional<Data> line = table.contents(::getpid(), "stat");
+        const std::optional<StatRecord> record = parseProcStat(textOf(*line));
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): where the kernel put our own arguments.
+        char* const begin = reinterpret_cast<char*>(record->argumentsBegin);
+        const std::size_t size = record->argumentsEnd - record->argumentsBegin;
+        std::fill_n(begin, size, padding);
+        title.copy(begin, std::min(title.size(), size));
         ::raise(SIGSTOP);
         ::_exit(0);
     }
     int status = 0;
     ::waitpid(child, &status, WUNTRACED);
-    const std::string text = areaText(child);
-    if (text.find("worker: idle") == std::string::npos) {
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
-        GTEST_SKIP() << "the kernel does not let a process move its arguments here";
-    }
-    std::int32_t count = 0;
-    text.copy(reinterpret_cast<char*>(&count), sizeof count);
-    EXPECT_EQ(count, 1);
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
+    return child;
+}
+
+TEST_F(LinuxProcessTableTest, ATitleWrittenOverTheArgumentsIsRead) {
+    const std::string ours = table.executablePath(::getpid()).value();
+    const ::pid_t padded = forkWithTitle(table, "worker: idle", '\0');
+    const std::string text = areaText(padded);
+    EXPECT_TRUE(text.starts_with(area(1, ours + '\0' + "worker: idle" + '\0')));
+    ::kill(padded, SIGKILL);
+    ::waitpid(padded, nullptr, 0);
+
+    // Without a NUL before its end the title runs on into the environment, as far as its first NUL.
+    const ::pid_t running = forkWithTitle(table, "worker: busy", 'x');
+    EXPECT_TRUE(areaText(running).starts_with(area(1, ours + '\0' + "worker: busyxxx")));
+    ::kill(running, SIGKILL);
+    ::waitpid(running, nullptr, 0);
 }
 
 TEST_F(LinuxProcessTableTest, KernelFactsAreThere) {
