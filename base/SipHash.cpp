@@ -36,11 +36,13 @@ struct State {
 };
 
 std::uint64_t littleEndianWord(const char* bytes, std::size_t count) {
-    unsigned char word[8] = {};
-    std::memcpy(word, bytes, count);
     std::uint64_t value = 0;
-    for (std::size_t i = 8; i > 0; --i) {
-        value = value << 8 | word[i - 1];
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&value, bytes, count);
+    } else {
+        for (std::size_t i = count; i > 0; --i) {
+            value = value << 8 | static_cast<unsigned char>(bytes[i - 1]);
+        }
     }
     return value;
 }

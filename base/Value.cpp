@@ -63,9 +63,12 @@ Value::Value(const Value& other)
           },
           other.content_)) {}
 
-// What was moved from is the empty text, so that no value is without a content.
-Value::Value(Value&& other) noexcept
-    : content_(std::exchange(other.content_, Content(std::string()))) {}
+// What was moved from is empty, but never without a content.
+Value::Value(Value&& other) noexcept : content_(std::move(other.content_)) {
+    if (std::holds_alternative<std::unique_ptr<Dictionary>>(content_)) {
+        other.content_.emplace<std::string>();
+    }
+}
 
 Value& Value::operator=(const Value& other) {
     Value copy(other);
