@@ -206,6 +206,10 @@ runs_anew() { # EXECUTABLE OLD-PID VERSION
     [[ $process =~ ^[0-9]+$ && $process != "$2" && $(version_of "$process") == "$3" ]]
 }
 
+is_untouched() { # PID EXECUTABLE
+    [[ $(processes_of "$2") == "$1" ]]
+}
+
 # --- the session bus ---
 
 # The process that owns a name; nothing when nobody does.
@@ -216,4 +220,19 @@ owner_of_name() { # NAME
 
 owns_name() { # PID NAME
     [[ $1 && $(owner_of_name "$2") == "$1" ]]
+}
+
+# --- checks ---
+
+# How many checks have failed.
+failures=0
+
+# Prints a fact and whether the command confirms it.
+check() { # FACT COMMAND ARGUMENTS...
+    if "${@:2}"; then
+        printf 'OK      %s\n' "$1"
+    else
+        printf 'FAILED  %s\n' "$1"
+        failures=$((failures + 1))
+    fi
 }
