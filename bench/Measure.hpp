@@ -13,6 +13,9 @@ inline void result(const char* metric, double value) {
     std::printf("RESULT %s %.9g\n", metric, value);
 }
 
+/// Makes the compiler believe that a value is used.
+template <class T> void keep(const T& value) { asm volatile("" : : "g"(&value) : "memory"); }
+
 /// How long a call takes, in seconds.
 template <class Call>
 double secondsOf(const Call& call) {

@@ -14,7 +14,7 @@ function(tav_compile_as_ours target)
     # Single-precision results are part of the behaviour: no fused multiply-add.
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Woverloaded-virtual -Werror
-        -ffp-contract=off)
+        -ffp-contract=off -ffunction-sections -fdata-sections)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # GCC 12 sees overlapping copies in std::string's own operator+ where there are none.
         target_compile_options(${target} PRIVATE -Wno-restrict)

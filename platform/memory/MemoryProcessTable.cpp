@@ -3,7 +3,6 @@
 #include "base/PathString.hpp"
 
 #include <algorithm>
-#include <cstring>
 
 namespace tav {
 
@@ -116,7 +115,12 @@ bool MemoryProcessTable::signal(int process, int number) {
 ArgumentArea argumentAreaFromParts(ArgumentArea::Layout layout, std::string_view executablePath,
                                    const std::vector<std::string>& arguments,
                                    const std::vector<std::string>& environment) {
-    std::string text(executablePath);
+    std::string text;
+    if (layout == ArgumentArea::Layout::Counted) {
+        const auto count = static_cast<std::int32_t>(arguments.size());
+        text.append(reinterpret_cast<const char*>(&count), sizeof count);
+    }
+    text += executablePath;
     text += '\0';
     for (const std::vector<std::string>* part : {&arguments, &environment}) {
         for (const std::string& entry : *part) {
@@ -124,16 +128,7 @@ ArgumentArea argumentAreaFromParts(ArgumentArea::Layout layout, std::string_view
             text += '\0';
         }
     }
-    ArgumentArea area;
-    area.layout = layout;
-    if (layout == ArgumentArea::Layout::Counted) {
-        const auto count = static_cast<std::int32_t>(arguments.size());
-        area.bytes.resize(sizeof count);
-        std::memcpy(area.bytes.data(), &count, sizeof count);
-    }
-    const BytesView bytes = bytesOf(text);
-    area.bytes.insert(area.bytes.end(), bytes.begin(), bytes.end());
-    return area;
+    return {layout, dataFromText(text)};
 }
 
 } // namespace tav
