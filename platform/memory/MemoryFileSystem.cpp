@@ -1,0 +1,428 @@
+#include "platform/memory/MemoryFileSystem.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <system_error>
+
+namespace tav {
+
+namespace {
+
+// 2020-09-13T12:26:40Z: any moment that is not the reference date would do.
+constexpr double firstMoment = 1'600'000'000;
+// A power of two, so that sums stay exact.
+constexpr double secondsBetweenChanges = 1.0 / 1024;
+constexpr std::uint32_t permissionBits = 07777;
+constexpr std::size_t longestTarget = 4095;
+
+SystemError errorOfTarget(std::string_view target) {
+    if (target.empty()) {
+        return SystemError(ENOENT);
+    }
+    if (target.find('\0') != std::string_view::npos) {
+        return SystemError(EINVAL);
+    }
+    return target.size() > longestTarget ? SystemError(ENAMETOOLONG) : SystemError();
+}
+
+bool isVolume(const MemoryPlace& place) {
+    return place.node->attributes.identity.device != place.folder().attributes.identity.device;
+}
+
+bool isInside(const MemoryPlace& place, const MemoryNode* folder) {
+    return std::any_of(place.folders.begin(), place.folders.end(),
+                       [folder](const auto& step) { return step.folder == folder; });
+}
+
+/// Why one may not take the other's name, as far as their kinds and the tree decide it.
+SystemError errorOfMove(const MemoryPlace& from, const MemoryPlace& to) {
+    if (!from.node->isFolder() && (from.endsInSlash || to.endsInSlash)) {
+        return SystemError(ENOTDIR);
+    }
+    if (isInside(to, from.node)) {
+        return SystemError(EINVAL);
+    }
+    if (isVolume(from)) {
+        return SystemError(EBUSY);
+    }
+    if (to.node == nullptr || to.node == from.node) {
+        return {};
+    }
+    if (isInside(from, to.node)) {
+        return SystemError(ENOTEMPTY);
+    }
+    if (from.node->isFolder() != to.node->isFolder()) {
+        return SystemError(from.node->isFolder() ? ENOTDIR : EISDIR);
+    }
+    if (isVolume(to)) {
+        return SystemError(EBUSY);
+    }
+    return to.node->entries.empty() ? SystemError() : SystemError(ENOTEMPTY);
+}
+
+[[noreturn]] void raise(SystemError error, std::string_view path) {
+    throw std::system_error(error.number(), std::generic_category(), std::string(path));
+}
+
+} // namespace
+
+MemoryFileSystem::MemoryFileSystem() : now_(Date::fromSecondsSince1970(firstMoment)), tree_(now_) {}
+
+void MemoryFileSystem::note(std::string_view operation, std::string_view path) {
+    calls_.push_back(std::string(operation) + " " + std::string(path));
+}
+
+Date MemoryFileSystem::rounded(Date date) const {
+    return keepsTwoSecondDates ? Date(std::floor(date.secondsSinceReferenceDate() / 2) * 2) : date;
+}
+
+Date MemoryFileSystem::takeTime() {
+    const Date taken = rounded(now_);
+    now_ = Date(now_.secondsSinceReferenceDate() + secondsBetweenChanges);
+    return taken;
+}
+
+Result<MemoryPlace> MemoryFileSystem::find(std::string_view path, Last last) {
+    return tree_.find(path, last, isCaseInsensitive);
+}
+
+Result<MemoryPlace> MemoryFileSystem::findExisting(std::string_view path, Last last) {
+    auto place = find(path, last);
+    if (place.ok() && place.value().node == nullptr) {
+        return SystemError(ENOENT);
+    }
+    return place;
+}
+
+SystemError MemoryFileSystem::errorOfNewName(std::string_view name) const {
+    if (isReadOnly) {
+        return SystemError(EROFS);
+    }
+    const bool isForbidden = name.find_first_of(forbiddenCharacters) != std::string_view::npos;
+    return isForbidden ? SystemError(EINVAL) : SystemError();
+}
+
+MemoryNode& MemoryFileSystem::add(const MemoryPlace& place, FileKind kind,
+                                  std::uint32_t permissions) {
+    const Date birth = now_;
+    return tree_.add(place, kind, permissions, birth, takeTime());
+}
+
+void MemoryFileSystem::addLinkNode(const MemoryPlace& place, std::string_view target) {
+    MemoryNode& link = add(place, FileKind::Link, 0777);
+    link.target = target;
+    link.attributes.size = target.size();
+}
+
+SystemError MemoryFileSystem::write(MemoryNode& file, BytesView content) {
+    const std::uint64_t others = tree_.usedBytes() - file.content.size();
+    const std::uint64_t room = capacity > others ? capacity - others : 0;
+    const auto fitting = static_cast<std::size_t>(std::min<std::uint64_t>(room, content.size()));
+    tree_.write(file, content.first(fitting), takeTime());
+    return fitting == content.size() ? SystemError() : SystemError(ENOSPC);
+}
+
+// Setting the stage.
+
+/// The place of the path's last name, with the folders on the way made.
+MemoryPlace MemoryFileSystem::stage(std::string_view path, Last last) {
+    const std::size_t nameEnd = path.find_last_not_of('/');
+    const std::size_t end = nameEnd == std::string_view::npos ? 0 : nameEnd + 1;
+    for (std::size_t slash = path.find('/', 1); slash < end; slash = path.find('/', slash + 1)) {
+        const auto folder = find(path.substr(0, slash), Last::Target);
+        if (!folder.ok()) {
+            raise(folder.error(), path);
+        }
+        if (folder.value().node == nullptr) {
+            add(folder.value(), FileKind::Folder, 0755);
+        }
+    }
+    auto place = find(path, last);
+    if (!place.ok()) {
+        raise(place.error(), path);
+    }
+    return std::move(place).value();
+}
+
+void MemoryFileSystem::addFile(std::string_view path, std::string_view text) {
+    const MemoryPlace place = stage(path, Last::Target);
+    if (place.endsInSlash || (place.node != nullptr && place.node->isFolder())) {
+        raise(SystemError(EISDIR), path);
+    }
+    MemoryNode& file = place.node != nullptr ? *place.node : add(place, FileKind::Regular, 0644);
+    if (const SystemError error = write(file, bytesOf(text)); !error.isNone()) {
+        raise(error, path);
+    }
+}
+
+void MemoryFileSystem::addFolder(std::string_view path) {
+    const MemoryPlace place = stage(path, Last::Target);
+    if (place.node == nullptr) {
+        add(place, FileKind::Folder, 0755);
+    } else if (!place.node->isFolder()) {
+        raise(SystemError(EEXIST), path);
+    }
+}
+
+void MemoryFileSystem::addLink(std::string_view path, std::string_view target) {
+    const MemoryPlace place = stage(path, Last::Name);
+    if (place.node != nullptr) {
+        raise(SystemError(EEXIST), path);
+    }
+    const SystemError error = place.endsInSlash ? SystemError(ENOENT) : errorOfTarget(target);
+    if (!error.isNone()) {
+        raise(error, path);
+    }
+    addLinkNode(place, target);
+}
+
+void MemoryFileSystem::addVolume(std::string_view path) {
+    const MemoryPlace place = stage(path, Last::Target);
+    if (place.node != nullptr) {
+        raise(SystemError(EEXIST), path);
+    }
+    add(place, FileKind::Folder, 0755).attributes.identity.device = ++devices_;
+}
+
+void MemoryFileSystem::removeAll(std::string_view path) {
+    const auto place = findExisting(path, Last::Name);
+    if (place.ok() && place.value().isNamed()) {
+        tree_.remove(place.value(), takeTime());
+    }
+}
+
+// Questions.
+
+Result<FileAttributes> MemoryFileSystem::attributesOf(std::string_view path, Last last) {
+    const auto place = findExisting(path, last);
+    return place.ok() ? Result(place.value().node->attributes)
+                      : Result<FileAttributes>(place.error());
+}
+
+Result<FileAttributes> MemoryFileSystem::attributes(std::string_view path) {
+    note("attributes", path);
+    return attributesOf(path, Last::Link);
+}
+
+Result<FileAttributes> MemoryFileSystem::targetAttributes(std::string_view path) {
+    note("targetAttributes", path);
+    return attributesOf(path, Last::Target);
+}
+
+Result<std::vector<FolderEntry>> MemoryFileSystem::folderEntries(std::string_view path) {
+    note("folderEntries", path);
+    const auto place = findExisting(path, Last::Target);
+    if (!place.ok()) {
+        return place.error();
+    }
+    if (!place.value().node->isFolder()) {
+        return SystemError(ENOTDIR);
+    }
+    std::vector<FolderEntry> entries;
+    for (const auto& [name, number] : place.value().node->entries) {
+        entries.push_back({name, tree_.kindOf(number)});
+    }
+    return entries;
+}
+
+Result<std::string> MemoryFileSystem::linkTarget(std::string_view path) {
+    note("linkTarget", path);
+    const auto place = findExisting(path, Last::Link);
+    if (!place.ok()) {
+        return place.error();
+    }
+    const MemoryNode& node = *place.value().node;
+    return node.attributes.kind == FileKind::Link ? Result(node.target)
+                                                  : Result<std::string>(SystemError(EINVAL));
+}
+
+Result<std::string> MemoryFileSystem::canonicalPath(std::string_view path) {
+    note("canonicalPath", path);
+    const auto place = findExisting(path, Last::Target);
+    if (!place.ok()) {
+        return place.error();
+    }
+    std::string canonical = place.value().path();
+    return canonical.size() > longestTarget ? Result<std::string>(SystemError(ENAMETOOLONG))
+                                            : Result(std::move(canonical));
+}
+
+Result<Data> MemoryFileSystem::readFile(std::string_view path, std::uint64_t maximumSize) {
+    note("readFile", path);
+    const auto place = findExisting(path, Last::Target);
+    if (!place.ok()) {
+        return place.error();
+    }
+    const MemoryNode& file = *place.value().node;
+    if (file.isFolder()) {
+        return SystemError(EISDIR);
+    }
+    if (file.content.size() > maximumSize) {
+        return SystemError(EFBIG);
+    }
+    return file.content;
+}
+
+// Changes.
+
+SystemError MemoryFileSystem::writeFile(std::string_view path, BytesView content,
+                                        std::uint32_t permissions) {
+    note("writeFile", path);
+    if (path.ends_with('/')) {
+        // Even an existing file is refused so; what leads there is looked at first.
+        const auto place = find(path, Last::Name);
+        return place.ok() ? SystemError(EISDIR) : place.error();
+    }
+    const auto place = find(path, Last::Target);
+    if (!place.ok()) {
+        return place.error();
+    }
+    MemoryNode* file = place.value().node;
+    if (file != nullptr ? file->isFolder() : place.value().endsInSlash) {
+        return SystemError(EISDIR);
+    }
+    if (file == nullptr) {
+        const SystemError error = errorOfNewName(place.value().name);
+        if (!error.isNone()) {
+            return error;
+        }
+        file = &add(place.value(), FileKind::Regular, permissions);
+    }
+    return isReadOnly ? SystemError(EROFS) : write(*file, content);
+}
+
+SystemError MemoryFileSystem::createFolder(std::string_view path, std::uint32_t permissions) {
+    note("createFolder", path);
+    const auto place = find(path, Last::Name);
+    if (!place.ok()) {
+        return place.error();
+    }
+    if (place.value().node != nullptr) {
+        return SystemError(EEXIST);
+    }
+    const SystemError error = errorOfNewName(place.value().name);
+    if (error.isNone()) {
+        add(place.value(), FileKind::Folder, permissions);
+    }
+    return error;
+}
+
+SystemError MemoryFileSystem::createLink(std::string_view path, std::string_view target) {
+    note("createLink", std::string(path) + " " + std::string(target));
+    SystemError error = errorOfTarget(target);
+    if (!error.isNone()) {
+        return error;
+    }
+    const auto place = find(path, Last::Name);
+    if (!place.ok()) {
+        return place.error();
+    }
+    if (place.value().node != nullptr) {
+        return SystemError(EEXIST);
+    }
+    error = place.value().endsInSlash ? SystemError(ENOENT) : errorOfNewName(place.value().name);
+    if (error.isNone()) {
+        addLinkNode(place.value(), target);
+    }
+    return error;
+}
+
+SystemError MemoryFileSystem::setPermissions(std::string_view path, std::uint32_t permissions) {
+    note("setPermissions", path);
+    const auto place = findExisting(path, Last::Target);
+    if (!place.ok()) {
+        return place.error();
+    }
+    if (isReadOnly) {
+        return SystemError(EROFS);
+    }
+    FileAttributes& attributes = place.value().node->attributes;
+    attributes.permissions = permissions & permissionBits;
+    attributes.changeDate = takeTime();
+    return {};
+}
+
+SystemError MemoryFileSystem::move(std::string_view from, std::string_view to, Replace replace) {
+    note("move", std::string(from) + " " + std::string(to));
+    const auto source = find(from, Last::Name);
+    const auto destination = find(to, Last::Name);
+    if (!source.ok() || !destination.ok()) {
+        return source.ok() ? destination.error() : source.error();
+    }
+    const MemoryPlace& old = source.value();
+    const MemoryPlace& wanted = destination.value();
+    if (old.folder().attributes.identity.device != wanted.folder().attributes.identity.device) {
+        return SystemError(EXDEV);
+    }
+    if (!old.isNamed() || (!wanted.isNamed() && replace == Replace::Yes)) {
+        return SystemError(EBUSY);
+    }
+    if (old.node == nullptr) {
+        return SystemError(ENOENT);
+    }
+    // Names that are one here may still be spelt differently: that is a move, and replaces nothing.
+    const bool isOtherSpelling = wanted.node == old.node && wanted.name != old.entryName;
+    if (wanted.node != nullptr && replace == Replace::No && !isOtherSpelling) {
+        return SystemError(EEXIST);
+    }
+    SystemError error = errorOfNewName(wanted.name);
+    if (error.isNone()) {
+        error = errorOfMove(old, wanted);
+    }
+    if (!error.isNone() || (wanted.node == old.node && !isOtherSpelling)) {
+        return error;
+    }
+    const Date now = takeTime();
+    if (wanted.node != nullptr && !isOtherSpelling) {
+        tree_.remove(wanted, now);
+    }
+    tree_.move(old, wanted, now);
+    return {};
+}
+
+SystemError MemoryFileSystem::removeFile(std::string_view path) {
+    note("removeFile", path);
+    const auto place = findExisting(path, Last::Name);
+    if (!place.ok()) {
+        return place.error();
+    }
+    if (isReadOnly) {
+        return SystemError(EROFS);
+    }
+    if (place.value().node->isFolder()) {
+        return SystemError(EISDIR);
+    }
+    if (place.value().endsInSlash) {
+        return SystemError(ENOTDIR);
+    }
+    tree_.remove(place.value(), takeTime());
+    return {};
+}
+
+SystemError MemoryFileSystem::removeFolder(std::string_view path) {
+    note("removeFolder", path);
+    const auto found = findExisting(path, Last::Name);
+    if (!found.ok()) {
+        return found.error();
+    }
+    const MemoryPlace& place = found.value();
+    if (isReadOnly) {
+        return SystemError(EROFS);
+    }
+    if (!place.isNamed()) {
+        return SystemError(place.name == "." ? EINVAL : place.name == ".." ? ENOTEMPTY : EBUSY);
+    }
+    if (!place.node->isFolder()) {
+        return SystemError(ENOTDIR);
+    }
+    if (isVolume(place)) {
+        return SystemError(EBUSY);
+    }
+    if (!place.node->entries.empty()) {
+        return SystemError(ENOTEMPTY);
+    }
+    tree_.remove(place, takeTime());
+    return {};
+}
+
+} // namespace tav
