@@ -5,6 +5,9 @@
 #include "base/UnicodeBuffer.hpp"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <stdexcept>
 #include <utility>
 
 #include <unicode/unorm2.h>
@@ -58,11 +61,32 @@ std::u16string caselessUnits(std::string_view text) {
                       }));
 }
 
+constexpr std::uint64_t inEveryByte(std::uint64_t byte) { return byte * 0x0101010101010101; }
+
+// Eight ASCII characters in lower case at once.
+constexpr std::uint64_t asciiLower(std::uint64_t characters) {
+    // The top bit of each byte: set from "A" on, set behind "Z".
+    const std::uint64_t fromA = characters + inEveryByte(0x80 - 'A');
+    const std::uint64_t behindZ = characters + inEveryByte(0x7F - 'Z');
+    return characters | ((fromA ^ behindZ) & inEveryByte(0x80)) >> 2;
+}
+
 // How long both texts are ASCII and agree but for case. ASCII characters never join or change order
 // with what follows, so the caseless forms agree as far, and the rests may be compared alone.
 std::size_t commonASCIIPrefix(std::string_view a, std::string_view b) {
     const std::size_t size = std::min(a.size(), b.size());
     std::size_t at = 0;
+    while (size - at >= sizeof(std::uint64_t)) {
+        std::uint64_t wordA = 0;
+        std::uint64_t wordB = 0;
+        std::memcpy(&wordA, a.data() + at, sizeof wordA);
+        std::memcpy(&wordB, b.data() + at, sizeof wordB);
+        const bool areASCII = ((wordA | wordB) & inEveryByte(0x80)) == 0;
+        if (!areASCII || asciiLower(wordA) != asciiLower(wordB)) {
+            break;
+        }
+        at += sizeof wordA;
+    }
     while (at < size && isASCIICharacter(a[at]) && asciiLower(a[at]) == asciiLower(b[at])) {
         ++at;
     }
@@ -101,7 +125,8 @@ int caseInsensitiveCompare(std::string_view a, std::string_view b) {
 std::string caselessForm(std::string_view text) {
     if (isASCII(text)) {
         std::string form(text);
-        std::transform(form.begin(), form.end(), form.begin(), asciiLower);
+        std::transform(form.begin(), form.end(), form.begin(),
+                       [](char character) { return asciiLower(character); });
         return form;
     }
     return bytesFromUTF16(caselessUnits(text));
