@@ -55,28 +55,16 @@ constexpr Day dayFromDaysSince1970(std::int64_t days) {
             dayOfYear - (153 * monthFromMarch + 2) / 5 + 1};
 }
 
-// Exactly `digits` decimal digits in front of `text`, which are taken off; -1 for anything else.
-std::int64_t takeDigits(std::string_view& text, std::size_t digits) {
-    std::int64_t number = 0;
-    const char* const end = text.data() + digits;
-    if (digits == 0 || text.size() < digits || text.front() == '-') {
-        return -1;
-    }
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end) {
-        return -1;
-    }
-    text.remove_prefix(digits);
-    return number;
+// The number that the first `digits` characters are, which are taken off; 0 where they are none.
+std::int64_t takeNumber(std::string_view& text, std::size_t digits) {
+    const std::string_view number = text.substr(0, digits);
+    text.remove_prefix(number.size());
+    std::int64_t value = 0;
+    std::from_chars(number.data(), number.data() + number.size(), value);
+    return value;
 }
 
-bool takeCharacter(std::string_view& text, char character) {
-    if (!text.starts_with(character)) {
-        return false;
-    }
-    text.remove_prefix(1);
-    return true;
-}
+void takeCharacter(std::string_view& text) { text.remove_prefix(text.empty() ? 0 : 1); }
 
 } // namespace
 
@@ -139,34 +127,30 @@ std::optional<std::string> Date::iso8601() const {
 std::optional<Date> Date::fromISO8601(std::string_view text) {
     constexpr std::size_t mostYearDigits = 9;
     std::string_view rest = text;
-    const bool negative = takeCharacter(rest, '-');
-    if (!negative) {
-        takeCharacter(rest, '+');
+    const bool negative = rest.starts_with('-');
+    if (negative || rest.starts_with('+')) {
+        takeCharacter(rest);
     }
     const std::size_t yearDigits = rest.find('-');
-    if (yearDigits == std::string_view::npos || yearDigits > mostYearDigits) {
+    if (yearDigits > mostYearDigits) { // npos, too
         return std::nullopt;
     }
+    // Whatever stands in the place of a digit or between them is read as if it were right, since
+    // only a text that the result is written as counts in the end.
     Day date{};
-    date.year = takeDigits(rest, yearDigits);
-    const bool hasDay = takeCharacter(rest, '-') && (date.month = takeDigits(rest, 2)) >= 1 &&
-                        date.month <= 12 && takeCharacter(rest, '-') &&
-                        (date.day = takeDigits(rest, 2)) >= 1;
-    if (date.year < 0 || !hasDay || !takeCharacter(rest, 'T')) {
-        return std::nullopt;
-    }
-    const std::int64_t hour = takeDigits(rest, 2);
-    const bool hasMinute = takeCharacter(rest, ':');
-    const std::int64_t minute = takeDigits(rest, 2);
-    const bool hasSecond = takeCharacter(rest, ':');
-    const std::int64_t second = takeDigits(rest, 2);
-    if (hour < 0 || !hasMinute || minute < 0 || !hasSecond || second < 0 || rest != "Z") {
-        return std::nullopt;
-    }
-    date.year = negative ? -date.year : date.year;
+    date.year = takeNumber(rest, yearDigits) * (negative ? -1 : 1);
+    takeCharacter(rest);
+    date.month = takeNumber(rest, 2);
+    takeCharacter(rest);
+    date.day = takeNumber(rest, 2);
+    takeCharacter(rest);
+    const std::int64_t hour = takeNumber(rest, 2);
+    takeCharacter(rest);
+    const std::int64_t minute = takeNumber(rest, 2);
+    takeCharacter(rest);
+    const std::int64_t second = takeNumber(rest, 2);
     const Date result(static_cast<double>(daysSince1970(date) * secondsPerDay - epochOffset +
                                           hour * 3600 + minute * 60 + second));
-    // A day that the month has not, an hour 24 or a sign too many is written differently.
     if (result.iso8601() != text) {
         return std::nullopt;
     }
