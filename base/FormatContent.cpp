@@ -1,5 +1,6 @@
 #include "base/FormatContent.hpp"
 
+#include "base/FormatNumber.hpp"
 #include "base/NumberText.hpp"
 #include "base/Value.hpp"
 
@@ -7,8 +8,6 @@
 #include <cstddef>
 #include <optional>
 #include <variant>
-
-#include <fmt/format.h>
 
 namespace tav::internal {
 
@@ -82,7 +81,11 @@ std::uintptr_t addressOf(const FormatArgument& argument) {
     return static_cast<std::uintptr_t>(integerOf(argument));
 }
 
-std::string pointerText(std::uintptr_t address) { return fmt::format("0x{:x}", address); }
+std::string pointerText(std::uintptr_t address) {
+    FormatLayout layout;
+    layout.letter = 'x';
+    return "0x" + formattedUnsigned(layout, address).head;
+}
 
 std::string_view objectText(const FormatArgument& argument, std::string& storage) {
     return std::visit(
