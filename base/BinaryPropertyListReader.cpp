@@ -15,9 +15,9 @@ constexpr std::size_t trailerSize = 32;
 // this many values and bytes of text for each byte of the list, which no list without shared
 // containers comes near to.
 constexpr std::size_t valuesForEachByte = 4;
-constexpr std::size_t valuesAlways = 65536;
+constexpr std::size_t valuesAlways = 8192;
 constexpr std::size_t payloadForEachByte = 256;
-constexpr std::size_t payloadAlways = std::size_t{64} << 20;
+constexpr std::size_t payloadAlways = std::size_t{16} << 20;
 
 std::uint64_t bigEndian(const std::byte* at, std::size_t width) {
     std::uint64_t value = 0;

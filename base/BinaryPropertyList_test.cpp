@@ -143,7 +143,7 @@ TEST(BinaryPropertyList, ReadsContainers) {
                        .list()),
               Value(Value::Array{"a"}));
     EXPECT_EQ(read(Parts{{"\xA1\x00\x00\x01"s, "\xA0"}, 3, 3}.list()),
-              Value(Value::Array{Value::Array{}}));
+              Value(Value::Array{Value(Value::Array{})}));
     EXPECT_EQ(reasonOf(Parts{{"\xD1\x01\x01", "\x09"}}.list()), "a key that is no text");
     // Of equal keys the last wins.
     EXPECT_EQ(read(Parts{{"\xD2\x01\x01\x02\x03",

@@ -10,6 +10,9 @@
 /// Property lists as bytes: the XML form and the binary form (`bplist00`), told apart by the bytes
 /// themselves. Any bytes end in a value or an error: depth is limited to `maximumDepth`, time and
 /// memory are linear in the input, nothing outside the bytes is read (no external entities).
+/// In binary lists objects may be shared; a list is refused once its tree would have more than four
+/// values, or 256 bytes of text and data, for each byte of the list (and a fixed allowance).
+/// References of keyed archives are dictionaries with the one key "CF$UID" in XML.
 namespace tav::PropertyList {
 
 enum class Form {

@@ -30,6 +30,8 @@ class Value {
         friend bool operator==(UID, UID) = default;
     };
 
+    /// An array of one array is written `Array{Value(inner)}`: compilers disagree whether
+    /// `Array{inner}` is that or a copy.
     using Array = std::vector<Value>;
     class Dictionary;
 

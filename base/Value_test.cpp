@@ -71,7 +71,7 @@ TEST(Value, WhatWasMovedFromIsStillAValue) {
 }
 
 TEST(Value, MayBeReplacedByAPartOfItself) {
-    Value array(Value::Array{Value::Array{"inner"}});
+    Value array(Value::Array{Value(Value::Array{"inner"})});
     array = std::move(array.asArray()->front());
     EXPECT_EQ(array, Value(Value::Array{"inner"}));
     Value dictionary(Value::Dictionary{{"a", Value::Dictionary{{"b", 2}}}});
