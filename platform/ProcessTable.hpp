@@ -69,10 +69,14 @@ class ProcessTable : public Seam<ProcessTable, internal::realProcessTable> {
 
     virtual std::optional<ProcessRecord> record(int process) = 0;
     virtual std::optional<ProcessUsers> users(int process) = 0;
+    /// The effective user alone, which is cheaper.
+    virtual std::optional<std::uint32_t> userOf(int process) = 0;
 
-    /// `wanted` and `bufferSize` are what a kernel of the running release would be asked with. A
-    /// host whose table knows no such bounds hands over its own layout, whole.
-    virtual std::optional<ArgumentArea> argumentArea(int process, ArgumentArea::Layout wanted,
+    /// `path` is what stands for the executable at the area's beginning: what `executablePath`
+    /// answered, or empty. `wanted` and `bufferSize` are what a kernel of the running release would
+    /// be asked with; a host whose table knows no such bounds hands over its own layout, whole.
+    virtual std::optional<ArgumentArea> argumentArea(int process, std::string_view path,
+                                                     ArgumentArea::Layout wanted,
                                                      std::size_t bufferSize) = 0;
 
     /// What the kernel says of the running executable, in one call and unverified. A text that does

@@ -61,19 +61,20 @@ class ArgumentCollector {
         if (!text.starts_with("_=") && last == *result_.command) {
             drop();
         } else {
-            result_.arguments.emplace_back(text);
+            texts_.push_back(text);
         }
         if (searchesAnnotation_ && !result_.annotation) {
             annotate(text, last);
         }
     }
 
-    void splitEnvironment() {
+    void finish() {
         if (count_ && *count_ >= 0) {
             splitAtCount(*count_);
         } else {
             splitAtLastWithoutEquals();
         }
+        result_.arguments.assign(texts_.begin(), texts_.end());
     }
 
   private:
@@ -93,35 +94,36 @@ class ArgumentCollector {
     }
 
     /// Enters "KEY=value"; false for a text without "=".
-    bool enter(const std::string& text) {
+    bool enter(std::string_view text) {
         const std::size_t equals = text.find('=');
-        if (equals == std::string::npos) {
+        if (equals == std::string_view::npos) {
             return false;
         }
-        result_.environment.insert_or_assign(text.substr(0, equals), text.substr(equals + 1));
+        result_.environment.insert_or_assign(std::string(text.substr(0, equals)),
+                                             std::string(text.substr(equals + 1)));
         return true;
     }
 
     void splitAtCount(std::int64_t count) {
-        std::vector<std::string>& texts = result_.arguments;
         const std::int64_t kept = count - 1;
-        for (auto i = static_cast<std::int64_t>(texts.size()) - 1; i >= 0 && i >= kept; --i) {
-            enter(texts[static_cast<std::size_t>(i)]);
+        for (auto i = static_cast<std::int64_t>(texts_.size()) - 1; i >= 0 && i >= kept; --i) {
+            enter(texts_[static_cast<std::size_t>(i)]);
         }
-        if (kept >= 0 && static_cast<std::uint64_t>(kept) < texts.size()) {
-            texts.resize(static_cast<std::size_t>(kept));
+        if (kept >= 0 && static_cast<std::uint64_t>(kept) < texts_.size()) {
+            texts_.resize(static_cast<std::size_t>(kept));
         }
     }
 
     void splitAtLastWithoutEquals() {
-        std::vector<std::string>& texts = result_.arguments;
-        while (!texts.empty() && enter(texts.back())) {
-            texts.pop_back();
+        while (!texts_.empty() && enter(texts_.back())) {
+            texts_.pop_back();
         }
     }
 
     ProcessArguments& result_;
     std::optional<std::int64_t> count_;
+    /// What stands behind the command, views of the area.
+    std::vector<std::string_view> texts_;
     bool searchesAnnotation_ = false;
 };
 
@@ -158,7 +160,7 @@ ProcessArguments parseArgumentArea(const ArgumentArea& area) {
             collector.take(*text);
         }
     }
-    collector.splitEnvironment();
+    collector.finish();
     return result;
 }
 

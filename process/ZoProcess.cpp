@@ -95,8 +95,8 @@ int ZoProcess::realUserIdentifier() const {
 }
 
 int ZoProcess::userIdentifier() const {
-    const std::optional<ProcessUsers> users = ProcessTable::current().users(process_);
-    return users ? static_cast<int>(users->effective) : -1;
+    const std::optional<std::uint32_t> user = ProcessTable::current().userOf(process_);
+    return user ? static_cast<int>(*user) : -1;
 }
 
 int ZoProcess::terminal() const {
@@ -169,20 +169,15 @@ const ProcessArguments& ZoProcess::doProcargs() const {
     const KernelFacts& facts = kernelFacts();
     const ArgumentArea::Layout wanted =
         facts.major_version >= 8 ? ArgumentArea::Layout::Counted : ArgumentArea::Layout::Plain;
+    const std::string path = executablePath().value_or("");
     ProcessArguments read;
     if (const std::optional<ArgumentArea> area = table.argumentArea(
-            process_, wanted, static_cast<std::size_t>(facts.argument_buffer_size))) {
+            process_, path, wanted, static_cast<std::size_t>(facts.argument_buffer_size))) {
         read = parseArgumentArea(*area);
     }
     if (!read.command) {
         const std::optional<ProcessRecord> record = table.record(process_);
         read.command = record ? record->shortName : std::string();
-    }
-    if (known.hasExecutablePath) {
-        read.executablePath = known.executablePath;
-    } else {
-        known.hasExecutablePath = true;
-        known.executablePath = read.executablePath;
     }
     known.arguments = std::move(read);
     return *known.arguments;

@@ -446,7 +446,9 @@ class ThrowingTable final : public ProcessTable {
     std::optional<std::vector<int>> processes(ProcessSelector, int) override { throw 42; }
     std::optional<ProcessRecord> record(int) override { return std::nullopt; }
     std::optional<ProcessUsers> users(int) override { return std::nullopt; }
-    std::optional<ArgumentArea> argumentArea(int, ArgumentArea::Layout, std::size_t) override {
+    std::optional<std::uint32_t> userOf(int) override { return std::nullopt; }
+    std::optional<ArgumentArea> argumentArea(int, std::string_view, ArgumentArea::Layout,
+                                             std::size_t) override {
         return std::nullopt;
     }
     std::optional<std::string> executableLink(int) override { return std::nullopt; }

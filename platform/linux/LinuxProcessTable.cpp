@@ -103,36 +103,32 @@ std::optional<std::vector<int>> LinuxProcessTable::processes(ProcessSelector sel
 }
 
 bool LinuxProcessTable::matches(int process, ProcessSelector selector, int value) {
-    if (selector == ProcessSelector::User || selector == ProcessSelector::RealUser) {
+    if (selector == ProcessSelector::User) {
+        return userOf(process) == static_cast<std::uint32_t>(value);
+    }
+    if (selector == ProcessSelector::RealUser) {
         const std::optional<ProcessUsers> found = users(process);
-        const auto wanted = static_cast<std::uint32_t>(value);
-        return found &&
-               (selector == ProcessSelector::User ? found->effective : found->real) == wanted;
+        return found && found->real == static_cast<std::uint32_t>(value);
     }
     const std::optional<ProcessRecord> found = record(process);
-    switch (selector) {
-    case ProcessSelector::ProcessGroup:
-        return found && found->processGroup == value;
-    case ProcessSelector::Terminal:
-        return found && found->terminal == value;
-    default:
-        return found.has_value();
+    return found &&
+           (selector == ProcessSelector::Terminal ? found->terminal : found->processGroup) == value;
+}
+
+std::string_view LinuxProcessTable::beginning(int process, std::string_view name,
+                                              std::span<char> buffer) {
+    const Result<Descriptor> file =
+        Descriptor::open(folder_.number(), EntryPath(process, name).text(), O_RDONLY, 0);
+    if (!file.ok()) {
+        return {};
     }
+    const Result<std::size_t> size = readSome(file.value(), std::as_writable_bytes(buffer));
+    return {buffer.data(), size.ok() ? size.value() : 0};
 }
 
 std::optional<StatRecord> LinuxProcessTable::statRecord(int process) {
-    const Result<Descriptor> file =
-        Descriptor::open(folder_.number(), EntryPath(process, "stat").text(), O_RDONLY, 0);
-    if (!file.ok()) {
-        return std::nullopt;
-    }
     std::array<char, 2048> buffer;
-    const Result<std::size_t> size =
-        readSome(file.value(), std::as_writable_bytes(std::span(buffer)));
-    if (!size.ok()) {
-        return std::nullopt;
-    }
-    std::optional<StatRecord> found = parseProcStat({buffer.data(), size.value()});
+    std::optional<StatRecord> found = parseProcStat(beginning(process, "stat", buffer));
     if (found && (found->isThread || found->isDead)) {
         return std::nullopt;
     }
@@ -147,7 +143,7 @@ std::optional<ProcessRecord> LinuxProcessTable::record(int process) {
     return std::move(found->process);
 }
 
-std::optional<Data> LinuxProcessTable::contents(int process, const char* name) {
+std::optional<Data> LinuxProcessTable::contents(int process, std::string_view name) {
     const Result<Descriptor> file =
         Descriptor::open(folder_.number(), EntryPath(process, name).text(), O_RDONLY, 0);
     if (!file.ok()) {
@@ -158,33 +154,83 @@ std::optional<Data> LinuxProcessTable::contents(int process, const char* name) {
 }
 
 std::optional<ProcessUsers> LinuxProcessTable::users(int process) {
-    const std::optional<Data> status = contents(process, "status");
-    return status ? parseProcStatusUsers(textOf(*status)) : std::nullopt;
+    std::array<char, 1024> buffer; // The lines asked for are among the first ten.
+    return parseProcStatusUsers(beginning(process, "status", buffer));
 }
 
 std::optional<Data> LinuxProcessTable::environment(int process) {
     return contents(process, "environ");
 }
 
-std::optional<ArgumentArea> LinuxProcessTable::argumentArea(int process,
+bool LinuxProcessTable::append(int process, std::string_view name, Data& bytes) {
+    const Result<Descriptor> file =
+        Descriptor::open(folder_.number(), EntryPath(process, name).text(), O_RDONLY, 0);
+    if (!file.ok()) {
+        return false;
+    }
+    constexpr std::size_t step = 4096;
+    for (std::size_t end = bytes.size(); end < maximumFileSize;) {
+        bytes.resize(end + step);
+        const Result<std::size_t> size =
+            readSome(file.value(), std::span(bytes).subspan(end, step));
+        end += size.ok() ? size.value() : 0;
+        if (!size.ok() || size.value() < step) {
+            bytes.resize(end);
+            return size.ok();
+        }
+    }
+    return false;
+}
+
+std::optional<ArgumentArea> LinuxProcessTable::argumentArea(int process, std::string_view path,
                                                             ArgumentArea::Layout /*wanted*/,
                                                             std::size_t /*bufferSize*/) {
-    const std::optional<StatRecord> found = statRecord(process);
-    if (!found || found->process.isZombie) {
+    // The place of the count, the path and its NUL, and then what the two files hold.
+    ArgumentArea area;
+    Data& bytes = area.bytes;
+    const std::size_t argumentsOffset = sizeof(std::int32_t) + path.size() + 1;
+    bytes.reserve(argumentsOffset + 2 * std::size_t{4096});
+    bytes.resize(argumentsOffset);
+    path.copy(reinterpret_cast<char*>(bytes.data()) + sizeof(std::int32_t), path.size());
+    if (!append(process, "cmdline", bytes) || bytes.size() == argumentsOffset) {
         return std::nullopt;
     }
-    const std::string path = executablePath(process).value_or("");
-    if (const std::optional<StartTexts> texts = readStartTexts(*found)) {
-        return makeArgumentArea(countArguments(texts->arguments(), texts->declaredCount), path,
-                                texts->arguments(), texts->environment());
+    const auto endWithNUL = [&bytes] {
+        if (bytes.back() != std::byte{0}) {
+            bytes.push_back(std::byte{0});
+        }
+    };
+    endWithNUL();
+    const std::int32_t count =
+        argumentCount(process, textOf(BytesView(bytes).subspan(argumentsOffset)));
+    std::memcpy(bytes.data(), &count, sizeof count);
+    const std::size_t environmentOffset = bytes.size();
+    if (!append(process, "environ", bytes)) {
+        bytes.resize(environmentOffset);
     }
-    const std::optional<Data> arguments = contents(process, "cmdline");
-    if (!arguments || (arguments->empty() && path.empty())) {
+    endWithNUL();
+    return area;
+}
+
+std::int32_t LinuxProcessTable::argumentCount(int process, std::string_view arguments) {
+    // Empty arguments at the end, or the padding behind a title? The number from the start tells;
+    // it is not worth asking for otherwise.
+    std::int64_t declared = 0;
+    if (arguments.ends_with(std::string_view("\0\0", 2))) {
+        const std::optional<StatRecord> found = statRecord(process);
+        declared = found ? declaredArgumentCount(*found).value_or(0) : 0;
+    }
+    return countArguments(arguments, declared);
+}
+
+std::optional<std::uint32_t> LinuxProcessTable::userOf(int process) {
+    struct ::stat attributes;
+    // The folder itself, unlike what lies in it, is the effective user's even when the process may
+    // not be looked into. Far cheaper than the text that has all of the users.
+    if (::fstatat(folder_.number(), EntryPath(process, "").text(), &attributes, 0) != 0) {
         return std::nullopt;
     }
-    const std::optional<Data> variables = arguments->empty() ? std::nullopt : environment(process);
-    return makeArgumentArea(countArguments(textOf(*arguments), 0), path, textOf(*arguments),
-                            variables ? textOf(*variables) : std::string_view());
+    return attributes.st_uid;
 }
 
 std::optional<std::string> LinuxProcessTable::executableLink(int process) {

@@ -16,7 +16,9 @@ class LinuxProcessTable final : public ProcessTable {
     std::optional<std::vector<int>> processes(ProcessSelector selector, int value) override;
     std::optional<ProcessRecord> record(int process) override;
     std::optional<ProcessUsers> users(int process) override;
-    std::optional<ArgumentArea> argumentArea(int process, ArgumentArea::Layout wanted,
+    std::optional<std::uint32_t> userOf(int process) override;
+    std::optional<ArgumentArea> argumentArea(int process, std::string_view path,
+                                             ArgumentArea::Layout wanted,
                                              std::size_t bufferSize) override;
     std::optional<std::string> executableLink(int process) override;
     std::optional<std::string> executablePath(int process) override;
@@ -30,9 +32,14 @@ class LinuxProcessTable final : public ProcessTable {
     /// when the caller may not read it.
     std::optional<Data> environment(int process);
     /// The whole of /proc/PID/NAME.
-    std::optional<Data> contents(int process, const char* name);
+    std::optional<Data> contents(int process, std::string_view name);
 
   private:
+    /// As much of /proc/PID/NAME as one read gives; it is empty when there is no such process.
+    std::string_view beginning(int process, std::string_view name, std::span<char> buffer);
+    /// Appends the whole of /proc/PID/NAME; false when it cannot be read.
+    bool append(int process, std::string_view name, Data& bytes);
+    std::int32_t argumentCount(int process, std::string_view arguments);
     bool matches(int process, ProcessSelector selector, int value);
     std::optional<StatRecord> statRecord(int process);
     bool runsInOurTree(int process);

@@ -1,10 +1,10 @@
 #include "platform/linux/LinuxProcessTable.hpp"
-#include "platform/linux/ProcRecords.hpp"
 #include "testing/SpawnedProcess.hpp"
 #include "testing/TemporaryFolder.hpp"
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <functional>
@@ -35,8 +35,8 @@ class LinuxProcessTableTest : public ::testing::Test {
     }
 
     std::string areaText(int process) {
-        const std::optional<ArgumentArea> area =
-            table.argumentArea(process, ArgumentArea::Layout::Plain, 1);
+        const std::optional<ArgumentArea> area = table.argumentArea(
+            process, table.executablePath(process).value_or(""), ArgumentArea::Layout::Plain, 1);
         EXPECT_TRUE(area && area->layout == ArgumentArea::Layout::Counted);
         return area ? std::string(textOf(area->bytes)) : std::string();
     }
@@ -96,7 +96,7 @@ TEST_F(LinuxProcessTableTest, AZombieIsThereWithoutPathAndArguments) {
     EXPECT_EQ(record->shortName, "s");
     EXPECT_TRUE(lists(ProcessSelector::All, 0, sleeper.identifier()));
     EXPECT_EQ(table.executablePath(sleeper.identifier()), std::nullopt);
-    EXPECT_FALSE(table.argumentArea(sleeper.identifier(), ArgumentArea::Layout::Counted, 8192));
+    EXPECT_FALSE(table.argumentArea(sleeper.identifier(), "", ArgumentArea::Layout::Counted, 8192));
     EXPECT_TRUE(table.signal(sleeper.identifier(), SIGTERM)) << "a zombie can be signalled";
     const int reaped = sleeper.identifier();
     sleeper.wait();
@@ -119,7 +119,6 @@ TEST_F(LinuxProcessTableTest, AThreadIsNoProcess) {
     }
     EXPECT_FALSE(table.record(thread));
     EXPECT_FALSE(table.users(thread));
-    EXPECT_FALSE(table.argumentArea(thread, ArgumentArea::Layout::Counted, 8192));
     EXPECT_FALSE(lists(ProcessSelector::All, 0, thread));
     ends = true;
 }
@@ -130,7 +129,7 @@ TEST_F(LinuxProcessTableTest, IdentifiersThatAreNoneAnswerNothing) {
         EXPECT_FALSE(table.users(process)) << process;
         EXPECT_FALSE(table.executableLink(process)) << process;
         EXPECT_FALSE(table.executablePath(process)) << process;
-        EXPECT_FALSE(table.argumentArea(process, ArgumentArea::Layout::Counted, 1)) << process;
+        EXPECT_FALSE(table.argumentArea(process, "", ArgumentArea::Layout::Counted, 1)) << process;
         EXPECT_FALSE(table.signal(process, 0)) << process;
     }
 }
@@ -205,7 +204,7 @@ TEST_F(LinuxProcessTableTest, KernelThreadsHaveNoExecutable) {
     }
     EXPECT_EQ(table.executableLink(2), std::nullopt);
     EXPECT_EQ(table.executablePath(2), std::nullopt);
-    EXPECT_FALSE(table.argumentArea(2, ArgumentArea::Layout::Counted, 8192));
+    EXPECT_FALSE(table.argumentArea(2, "", ArgumentArea::Layout::Counted, 8192));
 }
 
 /// What the test finds out as another user, in a child process.
@@ -237,33 +236,41 @@ TEST_F(LinuxProcessTableTest, AnotherUsersExecutableIsUnknownItsArgumentsAreNot)
               0);
 }
 
-TEST_F(LinuxProcessTableTest, TheFilesTellWhatTheMemoryMayNot) {
+TEST_F(LinuxProcessTableTest, AProcessThatMayNotBeLookedIntoStillHasItsUsers) {
     if (::geteuid() != 0) {
-        GTEST_SKIP() << "needs root, to ask as a second user";
+        GTEST_SKIP() << "needs root, to run a process of a second user";
     }
-    // A process that gave up its privileges may not be looked into even by its own user.
+    // A process that gave up its privileges: most of what /proc has of it is root's.
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
     const ::pid_t child = ::fork();
     if (child == 0) {
+        static_cast<void>(::setresuid(65533, 65534, 65534));
         ::prctl(PR_SET_DUMPABLE, 0);
+        static_cast<void>(::write(ends[1], "x", 1));
         ::pause();
         ::_exit(0);
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_TRUE(table.users(child)) << "the owner of the folder would be wrong";
-    EXPECT_TRUE(table.executablePath(child));
+    char ready = 0;
+    ASSERT_EQ(::read(ends[0], &ready, 1), 1);
+    EXPECT_EQ(table.userOf(child), 65534U);
+    EXPECT_EQ(table.users(child)->real, 65533U);
+    EXPECT_EQ(table.users(child)->effective, 65534U);
+    EXPECT_TRUE(lists(ProcessSelector::User, 65534, child));
+    EXPECT_TRUE(lists(ProcessSelector::RealUser, 65533, child));
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
+    ::close(ends[0]);
+    ::close(ends[1]);
 }
 
 /// A child that has overwritten its arguments, as programs with a title do; it waits to be killed.
 ::pid_t forkWithTitle(LinuxProcessTable& table, std::string_view title, char padding) {
     const ::pid_t child = ::fork();
     if (child == 0) {
-        const std::optional<Data> line = table.contents(::getpid(), "stat");
-        const std::optional<StatRecord> record = parseProcStat(textOf(*line));
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): where the kernel put our own arguments.
-        char* const begin = reinterpret_cast<char*>(record->argumentsBegin);
-        const std::size_t size = record->argumentsEnd - record->argumentsBegin;
+        // The name that glibc keeps is the first argument itself, where the kernel put it.
+        char* const begin = ::program_invocation_name;
+        const std::size_t size = table.contents(::getpid(), "cmdline")->size();
         std::fill_n(begin, size, padding);
         title.copy(begin, std::min(title.size(), size));
         ::raise(SIGSTOP);

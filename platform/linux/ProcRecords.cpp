@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <system_error>
 
 namespace tav::internal {
@@ -15,8 +14,6 @@ constexpr std::size_t terminalField = 7;
 constexpr std::size_t terminalGroupField = 8;
 constexpr std::size_t stackStartField = 28;
 constexpr std::size_t exitSignalField = 38;
-constexpr std::size_t argumentsBeginField = 48;
-constexpr std::size_t environmentEndField = 51;
 
 /// Takes one decimal number and the blanks before it. Numbers above 63 bits (masks, limits) are
 /// cut.
@@ -82,8 +79,8 @@ std::optional<StatRecord> parseProcStat(std::string_view text) {
     record.isDead = state == 'X' || state == 'x';
     rest.remove_prefix(2);
 
-    std::int64_t fields[environmentEndField + 1] = {};
-    for (std::size_t field = parentField; field <= environmentEndField; ++field) {
+    std::int64_t fields[exitSignalField + 1] = {};
+    for (std::size_t field = parentField; field <= exitSignalField; ++field) {
         const std::optional<std::int64_t> number = takeNumber(rest);
         if (!number) {
             if (field <= terminalGroupField) {
@@ -106,10 +103,6 @@ std::optional<StatRecord> parseProcStat(std::string_view text) {
     // The kernel's own test: only the leader of a thread group has a signal to end with.
     record.isThread = fields[exitSignalField] < 0;
     record.stackStart = static_cast<std::uint64_t>(fields[stackStartField]);
-    record.argumentsBegin = static_cast<std::uint64_t>(fields[argumentsBeginField]);
-    record.argumentsEnd = static_cast<std::uint64_t>(fields[argumentsBeginField + 1]);
-    record.environmentBegin = static_cast<std::uint64_t>(fields[argumentsBeginField + 2]);
-    record.environmentEnd = static_cast<std::uint64_t>(fields[environmentEndField]);
     return record;
 }
 
@@ -157,29 +150,6 @@ std::int32_t countArguments(std::string_view arguments, std::int64_t declared) {
         }
     }
     return static_cast<std::int32_t>(std::min<std::int64_t>(texts, INT32_MAX));
-}
-
-ArgumentArea makeArgumentArea(std::int32_t count, std::string_view executablePath,
-                              std::string_view arguments, std::string_view environment) {
-    ArgumentArea area;
-    area.layout = ArgumentArea::Layout::Counted;
-    Data& bytes = area.bytes;
-    bytes.resize(sizeof count);
-    std::memcpy(bytes.data(), &count, sizeof count);
-    bytes.reserve(sizeof count + executablePath.size() + arguments.size() + environment.size() + 3);
-    const auto append = [&bytes](std::string_view texts) {
-        const BytesView added = bytesOf(texts);
-        bytes.insert(bytes.end(), added.begin(), added.end());
-    };
-    append(executablePath);
-    bytes.push_back(std::byte{0});
-    for (const std::string_view texts : {arguments, environment}) {
-        append(texts);
-        if (!texts.empty() && texts.back() != '\0') {
-            bytes.push_back(std::byte{0});
-        }
-    }
-    return area;
 }
 
 } // namespace tav::internal

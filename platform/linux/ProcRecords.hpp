@@ -19,13 +19,9 @@ struct StatRecord {
     /// it.
     bool isThread = false;
     bool isDead = false;
-    /// Where the process's memory holds its number of arguments, its arguments and its environment;
-    /// all 0 for a caller who may not know.
+    /// Where the process's memory holds the number of its arguments; 0 for a caller who may not
+    /// know.
     std::uint64_t stackStart = 0;
-    std::uint64_t argumentsBegin = 0;
-    std::uint64_t argumentsEnd = 0;
-    std::uint64_t environmentBegin = 0;
-    std::uint64_t environmentEnd = 0;
 };
 
 /// The short name stands between the first "(" and the last ")": it may hold both, and line feeds.
@@ -46,11 +42,5 @@ struct StatusGroups {
 /// a title that the process has written over its arguments the rest is padding, so empty texts at
 /// the end do not count then.
 [[nodiscard]] std::int32_t countArguments(std::string_view arguments, std::int64_t declared);
-
-/// Puts an argument area with a count together. Path, arguments and environment are as the kernel
-/// shows them: each text has a NUL behind it, which may be missing at the end.
-[[nodiscard]] ArgumentArea makeArgumentArea(std::int32_t count, std::string_view executablePath,
-                                            std::string_view arguments,
-                                            std::string_view environment);
 
 } // namespace tav::internal

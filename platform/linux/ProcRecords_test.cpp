@@ -27,10 +27,6 @@ TEST(ProcStatTest, ReadsEveryField) {
     EXPECT_FALSE(found->isThread);
     EXPECT_FALSE(found->isDead);
     EXPECT_EQ(found->stackStart, 140722000000000U);
-    EXPECT_EQ(found->argumentsBegin, 140722000001000U);
-    EXPECT_EQ(found->argumentsEnd, 140722000001100U);
-    EXPECT_EQ(found->environmentBegin, 140722000001100U);
-    EXPECT_EQ(found->environmentEnd, 140722000001200U);
 }
 
 TEST(ProcStatTest, TheShortNameMayHoldAnyBytes) {
@@ -73,10 +69,9 @@ TEST(ProcStatTest, LinesOfAnotherFormAreNothing) {
     }
 }
 
-TEST(ProcStatTest, AShortLineHasNoPlacesInMemory) {
+TEST(ProcStatTest, AShortLineTellsNoPlaceInMemory) {
     const std::optional<StatRecord> found = parseProcStat("1 (a) S 0 1 1 0 -1");
     ASSERT_TRUE(found);
-    EXPECT_EQ(found->argumentsBegin, 0U);
     EXPECT_EQ(found->stackStart, 0U);
 }
 
@@ -129,14 +124,6 @@ TEST(CountArgumentsTest, PaddingBehindATitleDoesNotCount) {
     EXPECT_EQ(countArguments("worker: idle\0\0\0\0\0\0\0\0"_bytes, 4), 1);
     EXPECT_EQ(countArguments("worker: idle\0\0\0"_bytes, 0), 1);
     EXPECT_EQ(countArguments("\0\0\0"_bytes, 9), 1);
-}
-
-TEST(MakeArgumentAreaTest, EveryPartEndsInItsNUL) {
-    const ArgumentArea area = makeArgumentArea(1, "/x", "a\0"_bytes, "A=1");
-    EXPECT_EQ(area.layout, ArgumentArea::Layout::Counted);
-    EXPECT_EQ(textOf(area.bytes).substr(sizeof(std::int32_t)), "/x\0a\0A=1\0"_bytes);
-    EXPECT_EQ(textOf(makeArgumentArea(0, "", "", "").bytes).substr(sizeof(std::int32_t)),
-              "\0"_bytes);
 }
 
 } // namespace

@@ -69,8 +69,14 @@ std::optional<ProcessUsers> MemoryProcessTable::users(int process) {
     return found != nullptr ? std::optional(found->users) : std::nullopt;
 }
 
-std::optional<ArgumentArea>
-MemoryProcessTable::argumentArea(int process, ArgumentArea::Layout wanted, std::size_t bufferSize) {
+std::optional<std::uint32_t> MemoryProcessTable::userOf(int process) {
+    const std::optional<ProcessUsers> found = users(process);
+    return found ? std::optional(found->effective) : std::nullopt;
+}
+
+std::optional<ArgumentArea> MemoryProcessTable::argumentArea(int process, std::string_view path,
+                                                             ArgumentArea::Layout wanted,
+                                                             std::size_t bufferSize) {
     questions.push_back("argumentArea " + std::to_string(process));
     const MemoryProcess* const found = find(process);
     if (found == nullptr || found->refusesArea || found->record.isZombie) {
@@ -79,8 +85,7 @@ MemoryProcessTable::argumentArea(int process, ArgumentArea::Layout wanted, std::
     if (found->area) {
         return found->area;
     }
-    ArgumentArea area = argumentAreaFromParts(wanted, found->executable.value_or(""),
-                                              found->arguments, found->environment);
+    ArgumentArea area = argumentAreaFromParts(wanted, path, found->arguments, found->environment);
     area.bytes.resize(std::min(area.bytes.size(), bufferSize));
     return area;
 }

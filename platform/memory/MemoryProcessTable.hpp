@@ -52,7 +52,9 @@ class MemoryProcessTable final : public ProcessTable {
     std::optional<std::vector<int>> processes(ProcessSelector selector, int value) override;
     std::optional<ProcessRecord> record(int process) override;
     std::optional<ProcessUsers> users(int process) override;
-    std::optional<ArgumentArea> argumentArea(int process, ArgumentArea::Layout wanted,
+    std::optional<std::uint32_t> userOf(int process) override;
+    std::optional<ArgumentArea> argumentArea(int process, std::string_view path,
+                                             ArgumentArea::Layout wanted,
                                              std::size_t bufferSize) override;
     std::optional<std::string> executableLink(int process) override;
     std::optional<std::string> executablePath(int process) override;
