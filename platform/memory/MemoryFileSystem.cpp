@@ -66,7 +66,9 @@ SystemError errorOfMove(const MemoryPlace& from, const MemoryPlace& to) {
 
 } // namespace
 
-MemoryFileSystem::MemoryFileSystem() : now_(Date::fromSecondsSince1970(firstMoment)), tree_(now_) {}
+MemoryFileSystem::MemoryFileSystem() : now_(Date::fromSecondsSince1970(firstMoment)), tree_(now_) {
+    takeTime(); // the root's
+}
 
 void MemoryFileSystem::note(std::string_view operation, std::string_view path) {
     calls_.push_back(std::string(operation) + " " + std::string(path));
