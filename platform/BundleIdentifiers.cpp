@@ -18,8 +18,12 @@ std::optional<std::string> BundleIdentifiers::identifierOfBundle(std::string_vie
         return found->second.identifier;
     }
     const std::optional<Bundle> bundle = Bundle::bundleWithPath(bundlePath);
-    Known known{now.identity, now.changeDate, now.size,
-                bundle ? bundle->bundleIdentifier() : std::nullopt};
+    if (!bundle || bundle->infoDictionary().empty()) {
+        // A list that could not be read this once is asked for again: what failed may pass.
+        return std::nullopt;
+    }
+    // The check came before the reading: a change between the two is seen by the next check.
+    Known known{now.identity, now.changeDate, now.size, bundle->bundleIdentifier()};
     return known_.insert_or_assign(std::string(bundlePath), std::move(known))
         .first->second.identifier;
 }
