@@ -53,8 +53,9 @@ struct FolderEntry {
 enum class Replace : bool { No, Yes };
 
 /// The seam to files and folders: paths are absolute or relative to the working directory, names
-/// are bytes. Nothing here raises; every failure is answered as the host's error number. Calls may
-/// come from any thread. An interrupted call is taken up again.
+/// are bytes. Nothing here raises; every failure is answered as the host's error number: EINVAL for
+/// a path with a NUL in it, ENAMETOOLONG for one of 4096 bytes or more. Calls may come from any
+/// thread. An interrupted call is taken up again.
 class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
   public:
     virtual ~FileSystem() = default;
@@ -75,16 +76,22 @@ class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
     /// The content of a regular file. EFBIG when it has more bytes than `maximumSize`, EISDIR for a
     /// folder, EINVAL for anything else that is no file; never waits for a pipe or a device.
     virtual Result<Data> readFile(std::string_view path, std::uint64_t maximumSize) = 0;
-    /// Makes the file or replaces its content, in place. Not atomic.
+    /// Makes the file (with the permissions, less what the process's mask takes away) or replaces
+    /// its content, in place. Not atomic: after a failure it may hold a part. EISDIR for a folder,
+    /// EINVAL for anything else that is no file.
     virtual SystemError writeFile(std::string_view path, BytesView content,
                                   std::uint32_t permissions) = 0;
 
+    /// The mask of the process takes away from the permissions here, too.
     virtual SystemError createFolder(std::string_view path, std::uint32_t permissions) = 0;
+    /// Makes a link at the path. The target is a text; it need not exist.
     virtual SystemError createLink(std::string_view path, std::string_view target) = 0;
+    /// Of what the path leads to through links, exactly these.
     virtual SystemError setPermissions(std::string_view path, std::uint32_t permissions) = 0;
 
     /// Gives a file or folder another path in the same file system (EXDEV otherwise). Without
-    /// replacing, EEXIST when something stands there.
+    /// replacing, EEXIST when something stands there; another spelling of its own name, where the
+    /// file system takes the two for one, is not in the way.
     virtual SystemError move(std::string_view from, std::string_view to, Replace replace) = 0;
     /// Anything but a folder.
     virtual SystemError removeFile(std::string_view path) = 0;
