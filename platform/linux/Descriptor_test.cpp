@@ -66,7 +66,7 @@ TEST(Descriptor, MovingHandsItOn) {
     Descriptor first = fileWith("");
     const int number = first.number();
     Descriptor second = std::move(first);
-    EXPECT_FALSE(first.isOpen()); // NOLINT(bugprone-use-after-move): this is what is tested
+    EXPECT_FALSE(first.isOpen()); // NOLINT: this is what is tested
     EXPECT_EQ(second.number(), number);
     Descriptor third = fileWith("");
     const int replaced = third.number();
