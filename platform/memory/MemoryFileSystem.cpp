@@ -363,7 +363,8 @@ SystemError MemoryFileSystem::move(std::string_view from, std::string_view to, R
         return SystemError(ENOENT);
     }
     // Names that are one here may still be spelt differently: that is a move, and replaces nothing.
-    const bool isOtherSpelling = wanted.node == old.node && wanted.name != old.entryName;
+    const bool isOtherSpelling =
+        wanted.isNamed() && wanted.node == old.node && wanted.name != old.entryName;
     if (wanted.node != nullptr && replace == Replace::No && !isOtherSpelling) {
         return SystemError(EEXIST);
     }
