@@ -265,7 +265,8 @@ SystemError LinuxFileSystem::writeFile(std::string_view path, BytesView content,
     if (!size.ok()) {
         return size.error();
     }
-    if (size.value() > 0) {
+    // An empty file that is replaced by nothing shall look changed, too; else writing does it.
+    if (size.value() > 0 || content.empty()) {
         const SystemError error = errorOf([&] { return ::ftruncate(file.value().number(), 0); });
         if (!error.isNone()) {
             return error;
@@ -315,9 +316,12 @@ bool LinuxFileSystem::isOtherSpelling(std::string_view from, std::string_view to
         fromAttributes.value().identity != toAttributes.value().identity) {
         return false;
     }
+    const std::string_view name = lastPathComponent(to);
+    if (name == "." || name == "..") {
+        return false; // never listed
+    }
     const std::string folder = stringByDeletingLastPathComponent(to);
     const auto entries = folderEntries(folder.empty() ? "." : folder);
-    const std::string_view name = lastPathComponent(to);
     return entries.ok() &&
            std::none_of(entries.value().begin(), entries.value().end(),
                         [&](const FolderEntry& entry) { return entry.name == name; });
@@ -333,7 +337,7 @@ SystemError LinuxFileSystem::move(std::string_view from, std::string_view to, Re
         return rename(kernelFrom.text(), kernelTo.text(), 0);
     }
     SystemError error = rename(kernelFrom.text(), kernelTo.text(), RENAME_NOREPLACE);
-    if (error == SystemError(EINVAL)) {
+    if (error == SystemError(EINVAL) || error == SystemError(ENOSYS)) {
         // Not every file system can refuse to replace: look first. Between the two calls somebody
         // else's file may come, and would be replaced.
         const auto there = attributes(to);

@@ -168,6 +168,29 @@ TEST_F(LinuxFileSystemTest, WhatTheDiskSaysWhileWritingComesBack) {
     EXPECT_EQ(files.writeFile(path("full"), bytesOf("no number"), 0600), SystemError(EINVAL));
 }
 
+TEST_F(LinuxFileSystemTest, ReplacingNothingByNothingIsAChangeToo) {
+    const std::string file = made("f", "");
+    const struct ::timespec old[2] = {{1000, 0}, {1000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, file.c_str(), old, 0), 0);
+    ASSERT_EQ(files.attributes(file).value().modificationDate, Date::fromSecondsSince1970(1000));
+    made("f", "");
+    EXPECT_GT(files.attributes(file).value().modificationDate, Date::fromSecondsSince1970(2000));
+}
+
+TEST_F(LinuxFileSystemTest, LeavesNothingOpen) {
+    made("f", "text");
+    const auto countOpen = [&] { return files.folderEntries("/proc/self/fd").value().size(); };
+    const std::size_t before = countOpen();
+    for (const char* name : {"f", "", "gone"}) {
+        static_cast<void>(files.readFile(path(name), 100));
+        static_cast<void>(files.readFile(path(name), 1));
+        static_cast<void>(files.writeFile(path(name) + "/", bytesOf("x"), 0600));
+        static_cast<void>(files.folderEntries(path(name)));
+    }
+    made("f", "again");
+    EXPECT_EQ(countOpen(), before);
+}
+
 TEST_F(LinuxFileSystemTest, ListsMoreThanOneAnswerOfTheKernelHolds) {
     std::set<std::string> expected;
     for (int i = 0; i < 1500; ++i) {
@@ -237,11 +260,15 @@ TEST_F(LinuxFileSystemTest, MoveAcrossFileSystemsIsRefused) {
     EXPECT_EQ(read("a"), "x");
 }
 
-/// A file system that cannot refuse to replace, as some in user space.
+/// A file system that cannot refuse to replace, as some in user space, or a kernel that has no such
+/// call.
 class NeverRefuses : public LinuxFileSystem {
+  public:
+    int answer = EINVAL;
+
   protected:
     SystemError rename(const char* from, const char* to, unsigned int flags) override {
-        return flags != 0 ? SystemError(EINVAL) : LinuxFileSystem::rename(from, to, flags);
+        return flags != 0 ? SystemError(answer) : LinuxFileSystem::rename(from, to, flags);
     }
 };
 
@@ -255,6 +282,11 @@ TEST_F(LinuxFileSystemTest, LooksFirstWhereTheKernelCannotRefuse) {
     EXPECT_EQ(others.move(path("a"), path("broken"), Replace::No), SystemError(EEXIST));
     EXPECT_TRUE(others.move(path("a"), path("c"), Replace::No).isNone());
     EXPECT_EQ(read("c"), "a");
+    others.answer = ENOSYS;
+    EXPECT_EQ(others.move(path("c"), path("b"), Replace::No), SystemError(EEXIST));
+    EXPECT_TRUE(others.move(path("c"), path("d"), Replace::No).isNone());
+    EXPECT_TRUE(others.move(path("d"), path("c"), Replace::No).isNone());
+    others.answer = EINVAL;
     EXPECT_EQ(others.move(path("c"), path("b/x"), Replace::No), SystemError(ENOTDIR));
     EXPECT_TRUE(others.move(path("c"), path("b"), Replace::Yes).isNone());
     EXPECT_EQ(read("b"), "a");
