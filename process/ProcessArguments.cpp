@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string_view>
+#include <utility>
 
 namespace tav {
 namespace {
@@ -68,13 +70,18 @@ class ArgumentCollector {
         }
     }
 
-    void finish() {
+    /// Splits the environment off what has been collected; the block is what the texts are views
+    /// of.
+    void finish(std::shared_ptr<const void> block) {
         if (count_ && *count_ >= 0) {
             splitAtCount(*count_);
         } else {
             splitAtLastWithoutEquals();
         }
         result_.arguments.assign(texts_.begin(), texts_.end());
+        // Entered from the last to the first, so that of two with one name the first holds.
+        std::reverse(entered_.begin(), entered_.end());
+        result_.environment = ProcessEnvironment(std::move(block), std::move(entered_));
     }
 
   private:
@@ -99,8 +106,7 @@ class ArgumentCollector {
         if (equals == std::string_view::npos) {
             return false;
         }
-        result_.environment.insert_or_assign(std::string(text.substr(0, equals)),
-                                             std::string(text.substr(equals + 1)));
+        entered_.emplace_back(text.substr(0, equals), text.substr(equals + 1));
         return true;
     }
 
@@ -124,14 +130,16 @@ class ArgumentCollector {
     std::optional<std::int64_t> count_;
     /// What stands behind the command, views of the area.
     std::vector<std::string_view> texts_;
+    std::vector<ProcessEnvironment::Entry> entered_;
     bool searchesAnnotation_ = false;
 };
 
 } // namespace
 
-ProcessArguments parseArgumentArea(const ArgumentArea& area) {
+ProcessArguments parseArgumentArea(ArgumentArea area) {
     ProcessArguments result;
-    std::string_view bytes = textOf(area.bytes);
+    const auto block = std::make_shared<const Data>(std::move(area.bytes));
+    std::string_view bytes = textOf(*block);
     std::optional<std::int64_t> count;
     if (area.layout == ArgumentArea::Layout::Counted) {
         std::int32_t counted = 0;
@@ -160,7 +168,7 @@ ProcessArguments parseArgumentArea(const ArgumentArea& area) {
             collector.take(*text);
         }
     }
-    collector.finish();
+    collector.finish(block);
     return result;
 }
 

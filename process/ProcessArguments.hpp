@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/ProcessTable.hpp"
+#include "process/ProcessEnvironment.hpp"
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,7 +21,7 @@ struct ProcessArguments {
     std::optional<std::string> annotation;
     /// The arguments after the command.
     std::vector<std::string> arguments;
-    std::map<std::string, std::string, std::less<>> environment;
+    ProcessEnvironment environment;
 
     friend bool operator==(const ProcessArguments&, const ProcessArguments&) = default;
 };
@@ -44,6 +44,6 @@ struct ProcessArguments {
 /// - A count that has fallen below 0 is as good as none.
 /// - Without a count, the environment begins behind the last text that has no "=": an argument with
 ///   "=" right before it is taken for environment.
-[[nodiscard]] ProcessArguments parseArgumentArea(const ArgumentArea& area);
+[[nodiscard]] ProcessArguments parseArgumentArea(ArgumentArea area);
 
 } // namespace tav

@@ -13,7 +13,7 @@ namespace tav {
 namespace {
 
 using Texts = std::vector<std::string>;
-using Environment = std::map<std::string, std::string, std::less<>>;
+using Environment = ProcessEnvironment;
 
 ProcessArguments counted(std::string_view path, const Texts& arguments, const Texts& environment) {
     return parseArgumentArea(

@@ -171,9 +171,9 @@ const ProcessArguments& ZoProcess::doProcargs() const {
         facts.major_version >= 8 ? ArgumentArea::Layout::Counted : ArgumentArea::Layout::Plain;
     const std::string path = executablePath().value_or("");
     ProcessArguments read;
-    if (const std::optional<ArgumentArea> area = table.argumentArea(
+    if (std::optional<ArgumentArea> area = table.argumentArea(
             process_, path, wanted, static_cast<std::size_t>(facts.argument_buffer_size))) {
-        read = parseArgumentArea(*area);
+        read = parseArgumentArea(std::move(*area));
     }
     if (!read.command) {
         const std::optional<ProcessRecord> record = table.record(process_);
@@ -189,7 +189,7 @@ const std::optional<std::string>& ZoProcess::annotation() const { return doProca
 
 const std::vector<std::string>& ZoProcess::arguments() const { return doProcargs().arguments; }
 
-const ZoProcess::Environment& ZoProcess::environment() const { return doProcargs().environment; }
+const ProcessEnvironment& ZoProcess::environment() const { return doProcargs().environment; }
 
 std::string ZoProcess::annotatedCommand() const {
     const ProcessArguments& known = doProcargs();
@@ -204,7 +204,7 @@ std::string ZoProcess::description() const {
     }
     Value::Dictionary variables;
     for (const auto& [name, value] : environment()) {
-        variables.set(name, value);
+        variables.set(std::string(name), value);
     }
     return tav::format("%@ process = %d, command = %@, arguments = %@, environment = %@",
                        tav::format("<ZoProcess: %p>", static_cast<const void*>(this)), process_,

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,7 +30,6 @@ enum class ZoProcessState : int {
 class ZoProcess final {
   public:
     using List = std::vector<ZoProcess>;
-    using Environment = std::map<std::string, std::string, std::less<>>;
 
     /// Looks at the kernel anew (`ZoMachStatsInit`), as happens by itself before the first use.
     static void initialize();
@@ -109,7 +107,7 @@ class ZoProcess final {
     [[nodiscard]] std::string annotatedCommand() const;
     /// Without the command.
     [[nodiscard]] const std::vector<std::string>& arguments() const;
-    [[nodiscard]] const Environment& environment() const;
+    [[nodiscard]] const ProcessEnvironment& environment() const;
 
     /// All of the above in one text, for logs.
     [[nodiscard]] std::string description() const;

@@ -275,7 +275,7 @@ TEST_F(ZoProcessTest, HowItWasStartedIsReadOnceForAllCopies) {
     table.table.front().arguments = {"/bin/b"};
     table.table.front().executable = "/bin/b";
     EXPECT_EQ(same.arguments(), std::vector<std::string>{"-x"});
-    EXPECT_EQ(first.environment().at("A"), "1");
+    EXPECT_EQ(first.environment().find("A"), "1");
     EXPECT_EQ(first.executablePath(), "/bin/a");
     EXPECT_EQ(process(10).command(), "b");
 }
@@ -321,7 +321,7 @@ TEST_F(ZoProcessTest, TheLayoutAndTheSizeFollowTheKernelsRelease) {
     ZoProcess::initialize();
     table.add(10, "/bin/a").arguments = {"a", "x=1"};
     EXPECT_TRUE(process(10).arguments().empty()) << "asked without a count";
-    EXPECT_EQ(process(10).environment().at("x"), "1");
+    EXPECT_EQ(process(10).environment().find("x"), "1");
 
     table.release = "8.0.0";
     ZoProcess::initialize();

@@ -168,16 +168,19 @@ bool LinuxProcessTable::append(int process, std::string_view name, Data& bytes) 
     if (!file.ok()) {
         return false;
     }
-    constexpr std::size_t step = 4096;
-    for (std::size_t end = bytes.size(); end < maximumFileSize;) {
-        bytes.resize(end + step);
-        const Result<std::size_t> size =
-            readSome(file.value(), std::span(bytes).subspan(end, step));
-        end += size.ok() ? size.value() : 0;
-        if (!size.ok() || size.value() < step) {
-            bytes.resize(end);
-            return size.ok();
+    // By way of the stack, so that what is kept has its own size and no more.
+    std::array<std::byte, 8192> buffer;
+    while (bytes.size() < maximumFileSize) {
+        const Result<std::size_t> size = readSome(file.value(), buffer);
+        if (!size.ok()) {
+            return false;
         }
+        if (size.value() == 0) {
+            return true;
+        }
+        const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(size.value());
+        bytes.reserve(bytes.size() + size.value() + 1);
+        bytes.insert(bytes.end(), buffer.begin(), end);
     }
     return false;
 }
@@ -189,7 +192,6 @@ std::optional<ArgumentArea> LinuxProcessTable::argumentArea(int process, std::st
     ArgumentArea area;
     Data& bytes = area.bytes;
     const std::size_t argumentsOffset = sizeof(std::int32_t) + path.size() + 1;
-    bytes.reserve(argumentsOffset + 2 * std::size_t{4096});
     bytes.resize(argumentsOffset);
     path.copy(reinterpret_cast<char*>(bytes.data()) + sizeof(std::int32_t), path.size());
     if (!append(process, "cmdline", bytes) || bytes.size() == argumentsOffset) {
