@@ -32,6 +32,13 @@ TEST(SipHash, EveryByteTheLengthAndTheKeyCount) {
     }
 }
 
+TEST(SipHash, KnownAnswers) {
+    EXPECT_EQ(sipHash13("a", {}), 0x407448d2b89b1813U);
+    EXPECT_EQ(sipHash13("1234567", {}), 0xa33d651594fdae81U);
+    EXPECT_EQ(sipHash13("12345678", {}), 0x3489982430560a87U);
+    EXPECT_EQ(sipHash13("The quick brown fox jumps over the lazy dog", {}), 0x8df676d3d00c451eU);
+}
+
 TEST(SipHash, TheProcessKeyStays) {
     const SipHashKey key = processSipHashKey();
     EXPECT_EQ(key.first, processSipHashKey().first);
