@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tav {
@@ -87,8 +88,14 @@ class ProcessTable : public Seam<ProcessTable, internal::realProcessTable> {
 
     /// The path, in the caller's tree of files, that the running executable was started from. A
     /// file that was replaced or removed since still has its path; an executable of another tree (a
-    /// container's) has none.
-    virtual std::optional<std::string> executablePath(int process) = 0;
+    /// container's) has none. `link` is what `executableLink` has answered.
+    virtual std::optional<std::string> executablePathOfLink(int process, std::string link) = 0;
+
+    /// Both questions in one.
+    std::optional<std::string> executablePath(int process) {
+        std::optional<std::string> link = executableLink(process);
+        return link ? executablePathOfLink(process, std::move(*link)) : std::nullopt;
+    }
 
     /// Whether the signal (a number of this host) was delivered. Never for 0 and below, which would
     /// address whole groups.

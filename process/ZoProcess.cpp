@@ -13,6 +13,7 @@ namespace tav {
 
 /// What was read of how the process was started. The path may be asked for alone, which is cheaper.
 struct ZoProcess::Remembered {
+    std::optional<std::string> executableLink;
     bool hasExecutablePath = false;
     std::optional<std::string> executablePath;
     std::optional<ProcessArguments> arguments;
@@ -20,12 +21,21 @@ struct ZoProcess::Remembered {
 
 namespace {
 
+/// What stands before the last component, without the slashes in between.
+std::string_view folderOf(std::string_view path) {
+    const std::string_view last = lastPathComponent(path);
+    std::string_view folder = path.substr(0, static_cast<std::size_t>(last.data() - path.data()));
+    while (folder.size() > 1 && folder.ends_with('/')) {
+        folder.remove_suffix(1);
+    }
+    return folder;
+}
+
 /// The folder names that an application's executable lies in: X/Contents/MacOS/executable.
 bool liesInBundleFolders(std::string_view path) {
-    const std::string folder = stringByDeletingLastPathComponent(path);
-    return equalsIgnoringCase(lastPathComponent(folder), "MacOS") &&
-           equalsIgnoringCase(lastPathComponent(stringByDeletingLastPathComponent(folder)),
-                              "Contents");
+    const std::string_view programs = folderOf(path);
+    return equalsIgnoringCase(lastPathComponent(programs), "MacOS") &&
+           equalsIgnoringCase(lastPathComponent(folderOf(programs)), "Contents");
 }
 
 } // namespace
@@ -151,7 +161,11 @@ std::optional<std::string> ZoProcess::executablePath() const {
     Remembered& known = remembered();
     if (!known.hasExecutablePath) {
         known.hasExecutablePath = true;
-        known.executablePath = ProcessTable::current().executablePath(process_);
+        ProcessTable& table = ProcessTable::current();
+        known.executablePath =
+            known.executableLink
+                ? table.executablePathOfLink(process_, std::move(*known.executableLink))
+                : table.executablePath(process_);
         if (known.executablePath &&
             (known.executablePath->empty() || !isValidUTF8(*known.executablePath))) {
             known.executablePath.reset();
@@ -215,8 +229,13 @@ bool ZoProcess::mayRunFromBundle() const {
     if (remembered_ && remembered_->hasExecutablePath) {
         return remembered_->executablePath.has_value();
     }
-    const std::optional<std::string> link = ProcessTable::current().executableLink(process_);
-    return link && (link->ends_with(removedExecutableMark) || liesInBundleFolders(*link));
+    std::optional<std::string> link = ProcessTable::current().executableLink(process_);
+    if (!link || !(link->ends_with(removedExecutableMark) || liesInBundleFolders(*link))) {
+        return false;
+    }
+    // Kept for the question that follows.
+    remembered().executableLink = std::move(link);
+    return true;
 }
 
 bool ZoProcess::kill(int signal) const { return ProcessTable::current().signal(process_, signal); }

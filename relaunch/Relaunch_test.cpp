@@ -451,10 +451,10 @@ class ThrowingTable final : public ProcessTable {
                                              std::size_t) override {
         return std::nullopt;
     }
-    std::optional<std::string> executableLink(int) override { return std::nullopt; }
-    std::optional<std::string> executablePath(int) override {
+    std::optional<std::string> executableLink(int) override {
         return "/Installer/Helper.app/Contents/MacOS/program";
     }
+    std::optional<std::string> executablePathOfLink(int, std::string link) override { return link; }
     bool signal(int, int) override { return false; }
     int currentProcess() override { return 1; }
     std::uint32_t effectiveUser() override { return 0; }

@@ -245,23 +245,21 @@ std::optional<std::string> LinuxProcessTable::executableLink(int process) {
     return std::string(buffer.data(), static_cast<std::size_t>(size));
 }
 
-std::optional<std::string> LinuxProcessTable::executablePath(int process) {
+std::optional<std::string> LinuxProcessTable::executablePathOfLink(int process, std::string link) {
     // An installer may replace the file between the questions: then the link reads otherwise now.
     for (int attempt = 0; attempt < 3; ++attempt) {
-        std::optional<std::string> link = executableLink(process);
         struct ::stat running;
-        if (!link ||
-            ::fstatat(folder_.number(), EntryPath(process, "exe").text(), &running, 0) != 0) {
+        if (::fstatat(folder_.number(), EntryPath(process, "exe").text(), &running, 0) != 0) {
             return std::nullopt;
         }
         struct ::stat named;
-        const bool isThere = ::stat(link->c_str(), &named) == 0;
+        const bool isThere = ::stat(link.c_str(), &named) == 0;
         if (isThere && isSameFile(running, named)) {
             return link;
         }
-        if (link->ends_with(removedExecutableMark)) {
-            link->resize(link->size() - removedExecutableMark.size());
-            if (exists(*link)) {
+        if (link.ends_with(removedExecutableMark)) {
+            link.resize(link.size() - removedExecutableMark.size());
+            if (exists(link)) {
                 return link;
             }
             // The folder was moved aside before it was removed: where the program was started from
@@ -269,9 +267,14 @@ std::optional<std::string> LinuxProcessTable::executablePath(int process) {
             std::optional<std::string> started = firstArgumentPath(process);
             return started ? started : link;
         }
-        if (executableLink(process) == link) {
-            return isThere ? std::nullopt : link;
+        std::optional<std::string> again = executableLink(process);
+        if (again == link) {
+            return isThere ? std::nullopt : again;
         }
+        if (!again) {
+            return std::nullopt;
+        }
+        link = std::move(*again);
     }
     return std::nullopt;
 }

@@ -21,7 +21,7 @@ class LinuxProcessTable final : public ProcessTable {
                                              ArgumentArea::Layout wanted,
                                              std::size_t bufferSize) override;
     std::optional<std::string> executableLink(int process) override;
-    std::optional<std::string> executablePath(int process) override;
+    std::optional<std::string> executablePathOfLink(int process, std::string link) override;
     bool signal(int process, int number) override;
     int currentProcess() override;
     std::uint32_t effectiveUser() override;

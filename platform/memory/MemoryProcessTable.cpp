@@ -99,7 +99,8 @@ std::optional<std::string> MemoryProcessTable::executableLink(int process) {
     return found->link ? found->link : found->executable;
 }
 
-std::optional<std::string> MemoryProcessTable::executablePath(int process) {
+std::optional<std::string> MemoryProcessTable::executablePathOfLink(int process,
+                                                                    std::string /*link*/) {
     questions.push_back("executablePath " + std::to_string(process));
     const MemoryProcess* const found = find(process);
     return found != nullptr ? found->executable : std::nullopt;
