@@ -20,13 +20,20 @@ class World {
     [[nodiscard]] virtual std::string root() const = 0;
 };
 
+/// Checks at its end that no descriptor was left open.
 class RealWorld final : public World {
   public:
+    ~RealWorld() override { EXPECT_EQ(openDescriptors(), openBefore_); }
     FileSystem& files() override { return internal::realFileSystem(); }
     [[nodiscard]] std::string root() const override { return folder_.path(); }
 
   private:
+    static std::size_t openDescriptors() {
+        return internal::realFileSystem().folderEntries("/proc/self/fd").value().size();
+    }
+
     TemporaryFolder folder_;
+    std::size_t openBefore_ = openDescriptors();
 };
 
 class MemoryWorld final : public World {

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <optional>
 #include <set>
@@ -28,10 +29,18 @@ using namespace std::string_literals;
 
 /// What only the host itself has; the rules that every file system keeps are tested for all of them
 /// at one place, with the in-memory one.
+/// No test leaves a descriptor behind.
 class LinuxFileSystemTest : public ::testing::Test {
   protected:
     TemporaryFolder folder;
     LinuxFileSystem files;
+    const std::size_t openBefore = openDescriptors();
+
+    void TearDown() override { EXPECT_EQ(openDescriptors(), openBefore); }
+
+    static std::size_t openDescriptors() {
+        return LinuxFileSystem().folderEntries("/proc/self/fd").value().size();
+    }
 
     std::string path(std::string_view name) const { return folder.path(name); }
     std::string made(std::string_view name, std::string_view content) {
@@ -329,14 +338,44 @@ TEST_F(LinuxFileSystemTest, ChangesTheCaseOfANameAlone) {
     EXPECT_EQ(files.attributes(path("a.txt")).error(), SystemError(ENOENT));
 }
 
-TEST_F(LinuxFileSystemTest, NothingIsReadOrWrittenThatMayNotBe) {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "root may do everything";
+/// An ordinary user for its life, where the tests run as root.
+class OrdinaryUser {
+  public:
+    OrdinaryUser() { become(65534); }
+    ~OrdinaryUser() { become(0); }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+
+  private:
+    bool wasRoot_ = ::geteuid() == 0;
+    void become(::uid_t user) const {
+        if (wasRoot_) {
+            EXPECT_EQ(::seteuid(user), 0);
+        }
     }
+};
+
+TEST_F(LinuxFileSystemTest, WhatMayNotBeDoneAnswersSo) {
     const std::string file = made("f", "x");
+    ASSERT_TRUE(files.createFolder(path("closed"), 0700).isNone());
+    made("closed/f", "");
     ASSERT_TRUE(files.setPermissions(file, 0).isNone());
-    EXPECT_EQ(files.readFile(file, 10).error(), SystemError(EACCES));
-    EXPECT_EQ(files.writeFile(file, bytesOf("y"), 0600), SystemError(EACCES));
+    ASSERT_TRUE(files.setPermissions(path("closed"), 0).isNone());
+    ASSERT_TRUE(files.setPermissions(folder.path(), 0555).isNone());
+    {
+        const OrdinaryUser user;
+        EXPECT_EQ(files.readFile(file, 10).error(), SystemError(EACCES));
+        EXPECT_EQ(files.writeFile(file, bytesOf("y"), 0600), SystemError(EACCES));
+        EXPECT_EQ(files.folderEntries(path("closed")).error(), SystemError(EACCES));
+        EXPECT_EQ(files.attributes(path("closed/f")).error(), SystemError(EACCES));
+        EXPECT_EQ(files.writeFile(path("new"), bytesOf("y"), 0600), SystemError(EACCES));
+        EXPECT_EQ(files.createFolder(path("new"), 0700), SystemError(EACCES));
+        EXPECT_EQ(files.createLink(path("new"), "f"), SystemError(EACCES));
+        EXPECT_EQ(files.move(file, path("new"), Replace::No), SystemError(EACCES));
+        EXPECT_EQ(files.removeFile(file), SystemError(EACCES));
+        EXPECT_TRUE(files.attributes(file).ok());
+    }
+    ASSERT_TRUE(files.setPermissions(folder.path(), 0755).isNone());
 }
 
 } // namespace
