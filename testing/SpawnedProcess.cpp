@@ -1,7 +1,7 @@
 #include "testing/SpawnedProcess.hpp"
 
 #include <fstream>
-#include <iterator>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,9 @@ SpawnedProcess::SpawnedProcess(const std::string& program, std::vector<std::stri
     if (error != 0) {
         identifier_ = -1;
         ADD_FAILURE() << "cannot run " << program << ": error " << error;
+        return;
     }
+    waitUntilExecuted(identifier_);
 }
 
 SpawnedProcess::~SpawnedProcess() {
@@ -55,6 +57,21 @@ int SpawnedProcess::wait() {
     ::waitpid(identifier_, &status, 0);
     identifier_ = -1;
     return status;
+}
+
+void waitUntilExecuted(::pid_t process) {
+    const std::string path = "/proc/" + std::to_string(process) + "/cmdline";
+    // The kernel shows none while it is still being laid out, and none of a process that has ended.
+    while (std::ifstream(path).get() == std::ifstream::traits_type::eof() &&
+           ::kill(process, 0) == 0) {
+        ::siginfo_t information = {};
+        if (::waitid(P_PID, static_cast<::id_t>(process), &information,
+                     WEXITED | WNOHANG | WNOWAIT) != 0 ||
+            information.si_pid != 0) {
+            return;
+        }
+        std::this_thread::yield();
+    }
 }
 
 void installPauseProgram(const std::string& path) {

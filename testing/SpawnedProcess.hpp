@@ -29,6 +29,10 @@ class SpawnedProcess {
     ::pid_t identifier_ = -1;
 };
 
+/// Waits until a process that has begun to execute a program has its arguments in place, which is a
+/// moment later than when its parent goes on.
+void waitUntilExecuted(::pid_t process);
+
 /// Puts a program at a path, with all folders on the way, that does nothing whatever its arguments
 /// until a signal ends it: something to run, replace and remove.
 void installPauseProgram(const std::string& path);

@@ -1,0 +1,207 @@
+#include "platform/DesktopSession.hpp"
+#include "platform/QuitRequests.hpp"
+#include "platform/Workspace.hpp"
+#include "platform/linux/SessionProcess.hpp"
+#include "testing/SpawnedProcess.hpp"
+#include "testing/TemporaryFolder.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tav::internal {
+namespace {
+
+constexpr std::uint32_t nobody = 65534;
+
+/// The variables that name the user behind an installer, put back afterwards.
+class DesktopSessionsTest : public testing::Test {
+  protected:
+    DesktopSessionsTest() {
+        for (const char* name : {"SUDO_UID", "SUDO_GID", "PKEXEC_UID"}) {
+            ::unsetenv(name);
+        }
+        if (::geteuid() != 0) {
+            skipReason_ = "needs root: an ordinary user always acts in his own session";
+        }
+    }
+    ~DesktopSessionsTest() override {
+        for (const char* name : {"SUDO_UID", "SUDO_GID", "PKEXEC_UID"}) {
+            ::unsetenv(name);
+        }
+    }
+    void SetUp() override {
+        if (skipReason_ != nullptr) {
+            GTEST_SKIP() << skipReason_;
+        }
+    }
+
+    static bool has(const DesktopSession& session, const std::string& variable) {
+        return std::count(session.environment.begin(), session.environment.end(), variable) == 1;
+    }
+
+    DesktopSessions& sessions = realDesktopSessions();
+
+  private:
+    const char* skipReason_ = nullptr;
+};
+
+TEST_F(DesktopSessionsTest, WithoutAUserBehindItTheInstallersSessionIsItsOwn) {
+    EXPECT_TRUE(sessions.sessionOfInstaller().isOwn);
+}
+
+TEST_F(DesktopSessionsTest, TheUserBehindSudoOrPkexecIsTaken) {
+    ::setenv("PKEXEC_UID", "65533", 1);
+    EXPECT_EQ(sessions.sessionOfInstaller().user, 65533U);
+    ::setenv("SUDO_UID", "65534", 1);
+    const DesktopSession session = sessions.sessionOfInstaller();
+    EXPECT_FALSE(session.isOwn);
+    EXPECT_EQ(session.user, nobody) << "sudo is asked first";
+    EXPECT_TRUE(has(session, "XDG_RUNTIME_DIR=/run/user/65534"));
+}
+
+TEST_F(DesktopSessionsTest, IdentifiersThatAreNoneOrRootsDoNotCount) {
+    for (const char* text : {"", "0", "-1", "12x", " 12", "4294967296", "nobody"}) {
+        ::setenv("SUDO_UID", text, 1);
+        EXPECT_TRUE(sessions.sessionOfInstaller().isOwn) << text;
+    }
+}
+
+TEST_F(DesktopSessionsTest, AUserWithoutAnAccountHasTheGroupThatSudoTells) {
+    ::setenv("SUDO_UID", "54321", 1);
+    ::setenv("SUDO_GID", "54322", 1);
+    const DesktopSession session = sessions.sessionOfInstaller();
+    EXPECT_EQ(session.group, 54322U);
+    EXPECT_EQ(session.groups, std::vector<std::uint32_t>{54322});
+}
+
+TEST_F(DesktopSessionsTest, OurOwnProcessesAreInOurOwnSession) {
+    EXPECT_TRUE(sessions.sessionOfProcess(::getpid()).isOwn);
+    EXPECT_TRUE(sessions.sessionOfProcess(1).isOwn);
+}
+
+/// A process of another user, who has no account, with one supplementary group.
+TEST_F(DesktopSessionsTest, AProcessOfAnotherUserTellsUserGroupsAndEnvironment) {
+    const TemporaryFolder folder;
+    installPauseProgram(folder.path("p"));
+    ::chmod(folder.path().c_str(), 0755);
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        const ::gid_t supplementary = 54399;
+        static_cast<void>(::setgroups(1, &supplementary));
+        static_cast<void>(::setresgid(54322, 54322, 54322));
+        static_cast<void>(::setresuid(54321, 54321, 54321));
+        const char* const environment[] = {"DISPLAY=:9", "ODD=caf\xe9", nullptr};
+        const char* const arguments[] = {"p", nullptr};
+        ::execve(folder.path("p").c_str(), const_cast<char**>(arguments),
+                 const_cast<char**>(environment));
+        ::_exit(1);
+    }
+    ::close(ends[1]);
+    char end = 0;
+    EXPECT_EQ(::read(ends[0], &end, 1), 0) << "closed by executing";
+    waitUntilExecuted(child);
+    const DesktopSession session = sessions.sessionOfProcess(child);
+    EXPECT_FALSE(session.isOwn);
+    EXPECT_EQ(session.user, 54321U);
+    EXPECT_EQ(session.group, 54322U);
+    EXPECT_EQ(session.groups, std::vector<std::uint32_t>{54399});
+    EXPECT_TRUE(has(session, "DISPLAY=:9"));
+    EXPECT_TRUE(has(session, "ODD=caf\xe9")) << "variables are bytes";
+    EXPECT_TRUE(has(session, "DBUS_SESSION_BUS_ADDRESS=unix:path=/run/user/54321/bus"));
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    ::close(ends[0]);
+}
+
+DesktopSession nobodysSession() {
+    DesktopSession session;
+    session.isOwn = false;
+    session.user = session.group = nobody;
+    session.groups = {nobody};
+    session.environment = {"ONLY=this"};
+    return session;
+}
+
+TEST_F(DesktopSessionsTest, AFunctionRunsAsTheUserOfTheSession) {
+    const Deadline deadline(std::chrono::seconds(10));
+    EXPECT_EQ(runInSession(nobodysSession(), deadline,
+                           [] {
+                               ::uid_t real = 0;
+                               ::uid_t effective = 0;
+                               ::uid_t saved = 0;
+                               ::getresuid(&real, &effective, &saved);
+                               ::gid_t group = 0;
+                               const bool isNobody = real == nobody && effective == nobody &&
+                                                     saved == nobody && ::getgid() == nobody &&
+                                                     ::getgroups(1, &group) == 1 && group == nobody;
+                               const bool hasOnlyIts =
+                                   ::getenv("ONLY") != nullptr && ::getenv("PATH") == nullptr;
+                               return isNobody && hasOnlyIts && ::setuid(0) != 0
+                                          ? static_cast<Status>(42)
+                                          : Status::Failure;
+                           }),
+              static_cast<Status>(42));
+    EXPECT_EQ(::geteuid(), 0U) << "the caller stays who he is";
+}
+
+TEST_F(DesktopSessionsTest, AFunctionThatNeverAnswersIsEnded) {
+    const Deadline deadline(std::chrono::milliseconds(100));
+    EXPECT_EQ(runInSession(nobodysSession(), deadline,
+                           [] {
+                               ::pause();
+                               return Status::Success;
+                           }),
+              statusFromErrorNumber(ETIMEDOUT));
+}
+
+TEST_F(DesktopSessionsTest, AFunctionThatDiesIsAFailure) {
+    const Deadline deadline(std::chrono::seconds(10));
+    EXPECT_EQ(runInSession(nobodysSession(), deadline, []() -> Status { ::_exit(3); }),
+              Status::Failure);
+}
+
+// ---- What needs no second user.
+
+TEST(BusQuitRequestsTest, WhatIsNoBusNameIsNotBuilt) {
+    for (const char* name : {"", "nodots", ".a.b", "a..b", "a.b.", "a.1b", "a b.c", "a.b/c",
+                             "caf\xc3\xa9.app", "com.example.\xff"}) {
+        std::unique_ptr<QuitRequests::Request> request;
+        EXPECT_NE(realQuitRequests().build(name, {}, request), Status::Success) << name;
+        EXPECT_EQ(request, nullptr) << name;
+    }
+    std::unique_ptr<QuitRequests::Request> request;
+    EXPECT_NE(realQuitRequests().build(std::string(100'000, 'a') + ".b", {}, request),
+              Status::Success);
+}
+
+TEST(LinuxWorkspaceTest, WhatHasNoExecutableIsNotLaunched) {
+    const TemporaryFolder folder;
+    EXPECT_FALSE(realWorkspace().launchApplication("", {}));
+    EXPECT_FALSE(realWorkspace().launchApplication(folder.path("gone.app"), {}));
+    EXPECT_FALSE(realWorkspace().launchApplication(folder.path(), {})) << "an empty folder";
+    installPauseProgram(folder.path("A.app/Contents/MacOS/Other"));
+    EXPECT_FALSE(realWorkspace().launchApplication(folder.path("A.app"), {})) << "another name";
+    installPauseProgram(folder.path("A.app/Contents/MacOS/A"));
+    ::chmod(folder.path("A.app/Contents/MacOS/A").c_str(), 0644);
+    EXPECT_FALSE(realWorkspace().launchApplication(folder.path("A.app"), {})) << "no program";
+    installPauseProgram(folder.path("B.app/Contents/MacOS/B/file"));
+    EXPECT_FALSE(realWorkspace().launchApplication(folder.path("B.app"), {})) << "a folder";
+}
+
+} // namespace
+} // namespace tav::internal
