@@ -27,11 +27,12 @@ ProcessArguments plain(std::string_view path, const Texts& arguments, const Text
 
 /// An area with a count of one's own choosing before the bytes.
 ArgumentArea withCount(std::int32_t count, std::string_view bytes) {
+    std::string text(sizeof count, '\0');
+    std::memcpy(text.data(), &count, sizeof count);
+    text += bytes;
+    const BytesView whole = bytesOf(text);
     ArgumentArea area;
-    area.bytes.resize(sizeof count);
-    std::memcpy(area.bytes.data(), &count, sizeof count);
-    const BytesView rest = bytesOf(bytes);
-    area.bytes.insert(area.bytes.end(), rest.begin(), rest.end());
+    area.bytes.assign(whole.begin(), whole.end());
     return area;
 }
 
