@@ -6,7 +6,7 @@ namespace {
 std::string dictionary(const std::map<std::string, std::string>& entries) {
     std::string list = "<plist version=\"1.0\"><dict>";
     for (const auto& [key, value] : entries) {
-        list += "<key>" + key + "</key><string>" + value + "</string>";
+        list.append("<key>").append(key).append("</key><string>").append(value).append("</string>");
     }
     return list + "</dict></plist>";
 }
