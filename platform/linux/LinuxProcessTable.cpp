@@ -168,19 +168,23 @@ bool LinuxProcessTable::append(int process, std::string_view name, Data& bytes) 
     if (!file.ok()) {
         return false;
     }
-    // By way of the stack, so that what is kept has its own size and no more.
+    // By way of the stack, so that what is kept has its own size and no more. Only a long text
+    // grows by doubling: it comes a page at a time, and would be copied again for each.
     std::array<std::byte, 8192> buffer;
     while (bytes.size() < maximumFileSize) {
         const Result<std::size_t> size = readSome(file.value(), buffer);
         if (!size.ok()) {
             return false;
         }
-        if (size.value() == 0) {
+        const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(size.value());
+        if (bytes.size() < buffer.size()) {
+            bytes.reserve(bytes.size() + size.value() + 1);
+        }
+        bytes.insert(bytes.end(), buffer.begin(), end);
+        // These files are copied out of memory: less than asked for is all there is.
+        if (size.value() < buffer.size()) {
             return true;
         }
-        const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(size.value());
-        bytes.reserve(bytes.size() + size.value() + 1);
-        bytes.insert(bytes.end(), buffer.begin(), end);
     }
     return false;
 }
