@@ -28,7 +28,8 @@ class [[nodiscard]] SystemError {
 };
 
 /// Either a value or the reason why there is none. The value may be asked for only when `ok()`.
-template <class T> class [[nodiscard]] Result {
+template <class T>
+class [[nodiscard]] Result {
   public:
     Result(T value) : value_(std::move(value)) {}
     Result(SystemError error) : error_(error.isNone() ? SystemError(EIO) : error) {}

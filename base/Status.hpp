@@ -8,7 +8,7 @@ namespace tav {
 ///
 /// Never a truth value: compare with a named constant. Values that have no name here (an errno of
 /// the host, negated) are carried as they are.
-enum class [[nodiscard]] Status : std::int32_t {
+enum class [[nodiscard]] Status : std::int32_t{
     Success = 0,
     Failure = -1,         ///< Any other failure, and "not implemented".
     BadParameter = -50,   ///< A parameter that cannot be right, an empty path for one.

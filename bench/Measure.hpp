@@ -14,7 +14,10 @@ inline void result(const char* metric, double value) {
 }
 
 /// Makes the compiler believe that a value is used.
-template <class T> void keep(const T& value) { asm volatile("" : : "g"(&value) : "memory"); }
+template <class T>
+void keep(const T& value) {
+    asm volatile("" : : "g"(&value) : "memory");
+}
 
 /// How long a call takes, in seconds.
 template <class Call>

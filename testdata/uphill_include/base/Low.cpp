@@ -1,2 +1,3 @@
 #include "base/Low.hpp"
+
 #include "platform/High.hpp"
