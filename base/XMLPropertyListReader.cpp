@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <type_traits>
 
@@ -78,6 +79,9 @@ using ParserPointer = std::unique_ptr<std::remove_pointer_t<XML_Parser>, FreePar
 class Reader {
   public:
     Reader() : parser_(XML_ParserCreate(nullptr)) {
+        if (!parser_) {
+            throw std::bad_alloc();
+        }
         XML_SetUserData(parser_.get(), this);
         XML_SetElementHandler(
             parser_.get(),
@@ -86,7 +90,8 @@ class Reader {
             },
             [](void* self, const XML_Char*) { static_cast<Reader*>(self)->close(); });
         // Property lists need no entities of their own; declared attributes would be added to every
-        // element.
+        // element. A reference to an entity that the document type, which is not read, might
+        // declare stands for nothing, as XML has it; without a document type it is an error.
         XML_SetEntityDeclHandler(
             parser_.get(), [](void* self, const XML_Char*, int, const XML_Char*, int,
                               const XML_Char*, const XML_Char*, const XML_Char*, const XML_Char*) {

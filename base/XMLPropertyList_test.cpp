@@ -159,6 +159,13 @@ TEST(XMLPropertyList, RefusesDeclaredEntitiesAndAttributes) {
     errorOf("<plist><string>&bogus;</string></plist>");
 }
 
+TEST(XMLPropertyList, AnEntityThatTheDocumentTypeMightDeclareStandsForNothing) {
+    const std::string type = "<!DOCTYPE plist PUBLIC '-//A//DTD P//EN' 'http://a.example/p.dtd'>";
+    EXPECT_EQ(readXML(type + "<plist><string>a&nbsp;b&amp;</string></plist>"), Value("ab&"));
+    errorOf("<?xml version='1.0' standalone='yes'?>" + type +
+            "<plist><string>a&nbsp;b</string></plist>");
+}
+
 TEST(XMLPropertyList, TheDocumentTypeIsNeverFetched) {
     EXPECT_EQ(readXML("<!DOCTYPE plist SYSTEM 'file:///dev/zero'><plist><true/></plist>"),
               Value(true));
