@@ -4,7 +4,6 @@
 #include "base/NumberText.hpp"
 #include "base/Value.hpp"
 
-#include <cmath>
 #include <cstddef>
 #include <optional>
 #include <variant>
@@ -19,17 +18,6 @@ struct Overloaded : Functions... {
 };
 template <class... Functions>
 Overloaded(Functions...) -> Overloaded<Functions...>;
-
-std::int64_t cutToInteger(double value) {
-    constexpr double limit = 9223372036854775808.0;
-    if (std::isnan(value)) {
-        return 0;
-    }
-    if (value >= limit) {
-        return INT64_MAX;
-    }
-    return value < -limit ? INT64_MIN : static_cast<std::int64_t>(value);
-}
 
 std::int64_t integerOf(const Value& value) {
     if (!value.isNumber()) {
@@ -49,7 +37,7 @@ std::int64_t integerOf(const FormatArgument& argument) {
                    [](bool flag) { return std::int64_t{flag}; },
                    [](std::int64_t number) { return number; },
                    [](std::uint64_t number) { return static_cast<std::int64_t>(number); },
-                   [](double number) { return cutToInteger(number); },
+                   [](double number) { return Value(number).longLongValue(); },
                    [](std::string_view) { return std::int64_t{0}; },
                    [](const Value* value) { return integerOf(*value); },
                    [](const void* pointer) {

@@ -33,6 +33,8 @@ class Writer {
     std::string out_;
 };
 
+// A container inside another is indented twice, by its holder and here: the form has always been
+// written so.
 void Writer::value(const Value& value, std::size_t level) {
     switch (value.type()) {
     case Value::Type::Bytes:
