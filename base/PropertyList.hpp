@@ -35,8 +35,10 @@ struct Error {
 [[nodiscard]] std::optional<Value> readXML(BytesView bytes, Error* outError);
 [[nodiscard]] std::optional<Value> readBinary(BytesView bytes, Error* outError);
 
-/// The value as bytes, or nothing where the form cannot hold it: too deep, a date that no calendar
-/// reaches or, in XML, a text that is no UTF-8 or holds characters that XML has no form for.
+/// The value as bytes, or nothing where the form cannot hold it: too deep or, in XML, a date that
+/// no calendar reaches or a text that is no UTF-8 or holds characters that XML has no form for. In
+/// binary lists a byte that is no UTF-8 is a unit of its own (`utf16FromBytes`), which our reader
+/// turns back.
 [[nodiscard]] std::optional<Data> write(const Value& value, Form form, Error* outError);
 
 } // namespace tav::PropertyList

@@ -24,7 +24,7 @@ struct DesktopSession {
 
     std::uint32_t user = 0;
     std::uint32_t group = 0;
-    std::vector<std::uint32_t> groups;    ///< All of them, `group` included.
+    std::vector<std::uint32_t> groups;    ///< Supplementary; those of an account include `group`.
     std::vector<std::string> environment; ///< "NAME=value" each, complete.
 
     friend bool operator==(const DesktopSession&, const DesktopSession&) = default;
