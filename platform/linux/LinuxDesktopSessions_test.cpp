@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -159,6 +160,33 @@ TEST_F(DesktopSessionsTest, AFunctionRunsAsTheUserOfTheSession) {
     EXPECT_EQ(::geteuid(), 0U) << "the caller stays who he is";
 }
 
+TEST_F(DesktopSessionsTest, AFunctionHoldsNothingOfTheCallers) {
+    const Deadline deadline(std::chrono::seconds(10));
+    EXPECT_EQ(runInSession(nobodysSession(), deadline,
+                           [] {
+                               struct ::stat null;
+                               struct ::stat output;
+                               struct ::stat errors;
+                               const bool areNull =
+                                   ::stat("/dev/null", &null) == 0 && ::fstat(1, &output) == 0 &&
+                                   ::fstat(2, &errors) == 0 && S_ISCHR(output.st_mode) &&
+                                   output.st_rdev == null.st_rdev && errors.st_rdev == null.st_rdev;
+                               int open = 0;
+                               for (int number = 3; number < 1024; ++number) {
+                                   open += ::fcntl(number, F_GETFD) >= 0 ? 1 : 0;
+                               }
+                               return areNull && open == 0 ? Status::Success : Status::Failure;
+                           }),
+              Status::Success);
+}
+
+TEST_F(DesktopSessionsTest, AFunctionThatThrowsIsAFailureOfTheChildAlone) {
+    const Deadline deadline(std::chrono::seconds(10));
+    EXPECT_EQ(runInSession(nobodysSession(), deadline,
+                           []() -> Status { throw std::runtime_error("thrown in the child"); }),
+              Status::Failure);
+}
+
 TEST_F(DesktopSessionsTest, AFunctionThatNeverAnswersIsEnded) {
     const Deadline deadline(std::chrono::milliseconds(100));
     EXPECT_EQ(runInSession(nobodysSession(), deadline,
@@ -187,6 +215,9 @@ TEST(BusQuitRequestsTest, WhatIsNoBusNameIsNotBuilt) {
     std::unique_ptr<QuitRequests::Request> request;
     EXPECT_NE(realQuitRequests().build(std::string(100'000, 'a') + ".b", {}, request),
               Status::Success);
+    const Status tail = realQuitRequests().build(std::string_view("a.b\0c", 5), {}, request);
+    EXPECT_TRUE(tail == statusFromErrorNumber(EINVAL) || tail == statusFromErrorNumber(ENOSYS))
+        << "not the name before the NUL";
 }
 
 TEST(LinuxWorkspaceTest, WhatHasNoExecutableIsNotLaunched) {
@@ -201,6 +232,17 @@ TEST(LinuxWorkspaceTest, WhatHasNoExecutableIsNotLaunched) {
     EXPECT_FALSE(realWorkspace().launchApplication(folder.path("A.app"), {})) << "no program";
     installPauseProgram(folder.path("B.app/Contents/MacOS/B/file"));
     EXPECT_FALSE(realWorkspace().launchApplication(folder.path("B.app"), {})) << "a folder";
+}
+
+TEST(LinuxWorkspaceTest, ALaunchSucceedsWhereTheEndsOfChildrenAreIgnored) {
+    // An installer that ignores the signal hands that on to us; nobody can be waited for then.
+    const TemporaryFolder folder;
+    installPauseProgram(folder.path("A.app/Contents/MacOS/other"));
+    ASSERT_EQ(::symlink("/bin/true", folder.path("A.app/Contents/MacOS/A").c_str()), 0);
+    const auto before = ::signal(SIGCHLD, SIG_IGN);
+    const bool launched = realWorkspace().launchApplication(folder.path("A.app"), {});
+    ::signal(SIGCHLD, before);
+    EXPECT_TRUE(launched);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "platform/linux/OldInstance.hpp"
 #include "platform/linux/SessionProcess.hpp"
 
+#include <cerrno>
 #include <csignal>
 #include <optional>
 #include <string>
@@ -91,8 +92,9 @@ void detachFromCaller() {
     ::_exit(failedChild);
 }
 
-/// The life of the detached child up to the application.
-[[noreturn]] void becomeApplication(Launch& launch, const DesktopSession& session) {
+/// The life of the detached child up to the application. Not even an exception leads back into the
+/// code of the caller.
+[[noreturn]] void becomeApplication(Launch& launch, const DesktopSession& session) noexcept {
     const Deadline deadline(patience);
     detachFromCaller();
     {
@@ -129,10 +131,15 @@ class LinuxWorkspace final : public Workspace {
             }
             ::_exit(application < 0 ? failedChild : 0);
         }
+        if (child < 0) {
+            return false;
+        }
         int status = -1;
-        return child > 0 &&
-               retryInterrupted([&] { return ::waitpid(child, &status, 0); }) == child &&
-               WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        if (retryInterrupted([&] { return ::waitpid(child, &status, 0); }) != child) {
+            // Whoever started us ignores the ends of children, and so do we: its status is lost.
+            return errno == ECHILD;
+        }
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
 };
 

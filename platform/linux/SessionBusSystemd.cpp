@@ -190,8 +190,10 @@ Status checkBusName(const std::string& name) {
     if (!library().isComplete) {
         return statusFromErrorNumber(ENOSYS);
     }
-    return library().service_name_is_valid(name.c_str()) > 0 ? Status::Success
-                                                             : statusFromErrorNumber(EINVAL);
+    // What follows a NUL the library would not see.
+    return name.find('\0') == std::string::npos && library().service_name_is_valid(name.c_str()) > 0
+               ? Status::Success
+               : statusFromErrorNumber(EINVAL);
 }
 
 Status openSessionBus(const Deadline& deadline, std::unique_ptr<SessionBus>& outBus) {

@@ -15,6 +15,29 @@
 
 namespace tav::internal {
 
+namespace {
+
+/// The whole life of the child. Not even an exception leads back into the code of the caller, which
+/// would then run twice.
+[[noreturn]] void answerFromChild(int answers, const DesktopSession& session,
+                                  const std::function<Status()>& function) noexcept {
+    // Nothing of the caller's may be open in a process of another user.
+    ::dup2(answers, STDIN_FILENO);
+    ::close_range(STDIN_FILENO + 1, ~0U, 0);
+    // The lowest free numbers are those of the output streams.
+    const int null = ::open("/dev/null", O_RDWR);
+    static_cast<void>(::dup(null));
+    Status status = enterSession(session);
+    if (status == Status::Success) {
+        status = function();
+    }
+    const Descriptor answer(STDIN_FILENO);
+    static_cast<void>(writeFully(answer, std::as_bytes(std::span(&status, 1))));
+    ::_exit(0);
+}
+
+} // namespace
+
 void replaceEnvironment(const std::vector<std::string>& variables) {
     ::clearenv();
     for (const std::string& variable : variables) {
@@ -52,16 +75,7 @@ Status runInSession(const DesktopSession& session, const Deadline& deadline,
         return statusFromErrorNumber(errno);
     }
     if (child == 0) {
-        // Nothing of the caller's may be open in a process of another user.
-        ::dup2(questions.number(), STDIN_FILENO);
-        ::close_range(STDERR_FILENO + 1, ~0U, 0);
-        Status status = enterSession(session);
-        if (status == Status::Success) {
-            status = function();
-        }
-        Descriptor answer(STDIN_FILENO);
-        static_cast<void>(writeFully(answer, std::as_bytes(std::span(&status, 1))));
-        ::_exit(0);
+        answerFromChild(questions.number(), session, function);
     }
     questions.reset();
     Status status = statusFromErrorNumber(ETIMEDOUT);
