@@ -5,7 +5,6 @@
 #include "platform/FileSystem.hpp"
 #include "platform/ProcessTable.hpp"
 
-#include <array>
 #include <utility>
 
 namespace tav {
@@ -88,12 +87,10 @@ std::optional<std::string> Bundle::pathForResource(std::string_view name,
     if (!isPlainName(file)) {
         return std::nullopt;
     }
-    std::vector<std::string> folders;
-    if (isFolder(stringByAppendingPathComponent(path_, "Contents"))) {
-        folders = {stringByAppendingPathComponent(path_, "Contents/Resources")};
-    } else {
-        folders = {stringByAppendingPathComponent(path_, "Resources"), path_};
-    }
+    // An application's resources have their place; those of a program in a plain folder lie beside
+    // it, whatever else lies there.
+    const std::string folders[] = {stringByAppendingPathComponent(path_, "Contents/Resources"),
+                                   stringByAppendingPathComponent(path_, "Resources"), path_};
     for (const std::string& folder : folders) {
         std::string path = stringByAppendingPathComponent(folder, file);
         if (FileSystem::current().targetAttributes(path).ok()) {

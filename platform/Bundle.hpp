@@ -34,9 +34,9 @@ class Bundle {
     /// name is not a plain name (empty, "." or "..", with a slash).
     [[nodiscard]] std::optional<std::string> executablePath() const;
 
-    /// The path of the file `name.type` among the resources: in `Contents/Resources`, or for a
-    /// folder without `Contents` in `Resources` or in the folder itself. Nothing when there is
-    /// none, or when the name has a slash.
+    /// The path of the file `name.type` among the resources: in `Contents/Resources`, otherwise in
+    /// `Resources`, otherwise in the folder itself. Nothing when there is none, or when the name
+    /// has a slash.
     [[nodiscard]] std::optional<std::string> pathForResource(std::string_view name,
                                                              std::string_view type) const;
 

@@ -143,6 +143,9 @@ ZoProcess::List ZoProcess::children() const {
 
 ZoProcess::List ZoProcess::siblings() const {
     const int parent = parentProcessIdentifier();
+    if (parent < 0) {
+        return {};
+    }
     List processes = allProcesses();
     std::erase_if(processes, [this, parent](const ZoProcess& process) {
         return process == *this || process.parentProcessIdentifier() != parent;

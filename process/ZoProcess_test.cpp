@@ -164,6 +164,15 @@ TEST_F(ZoProcessTest, FamilyIsFoundByParents) {
     EXPECT_TRUE(process(12).children().empty());
 }
 
+TEST_F(ZoProcessTest, AProcessThatIsGoneHasNoFamily) {
+    table.add(11, "/bin/a").record.parent = 10;
+    table.add(12, "/bin/b").record.parent = 10;
+    const ZoProcess gone = process(11);
+    table.table.erase(table.table.begin());
+    EXPECT_TRUE(gone.siblings().empty());
+    EXPECT_TRUE(gone.children().empty());
+}
+
 TEST_F(ZoProcessTest, CommandsCompareExactlyOverAllUsers) {
     table.ownUser = 1000;
     table.add(10, "/bin/Tool").users = {0, 0};

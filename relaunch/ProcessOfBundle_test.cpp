@@ -168,38 +168,57 @@ TEST_F(ProcessOfBundleTest, AnswersAreThoseOfThePlainWalkOnRandomTables) {
     const std::vector<std::string> insides = {
         "/Contents/MacOS/p", "/contents/MACOS/p", "/Contents/p", "/p", "", "/Contents/MacOS"};
     const std::vector<std::string> identifiers = {"x", "X", "y", "", "com.example.long"};
+    // One cache for all of them, as in a pass: lists change, come and go under it.
+    BundleIdentifiers known;
     for (int round = 0; round < 500; ++round) {
         table.table.clear();
         for (const std::string& bundle : bundles) {
-            switch (pick(4)) {
+            files.removeAll(bundle);
+            switch (pick(5)) {
             case 0:
-                files.removeAll(bundle);
                 break;
             case 1:
+                files.addLink(bundle, bundles[pick(bundles.size())]);
+                continue;
+            case 2:
                 files.addFile(bundle + "/Contents/Info.plist", "rubbish");
                 break;
             default:
                 install(bundle, identifiers[pick(identifiers.size())]);
             }
             for (const std::string& inside : insides) {
-                if (pick(2) == 0 && inside.ends_with("/p")) {
-                    files.addFile(bundle + inside, "");
+                if (inside.ends_with("/p")) {
+                    switch (pick(3)) {
+                    case 0:
+                        files.addFile(bundle + inside, "");
+                        break;
+                    case 1:
+                        files.removeAll(bundle + inside);
+                        files.addLink(bundle + inside, bundles[pick(bundles.size())]);
+                        break;
+                    default:
+                        break;
+                    }
                 }
             }
         }
         for (int process = 10; process < 30; ++process) {
             const std::string path = bundles[pick(bundles.size())] + insides[pick(insides.size())];
             MemoryProcess& entry = table.add(process, path);
-            const Result<FileAttributes> attributes = files.targetAttributes(path);
+            const Result<FileAttributes> attributes = files.attributes(path);
             if (pick(6) == 0) {
                 entry.executable.reset();
-            } else if (pick(4) == 0 ||
-                       (attributes.ok() && attributes.value().kind == FileKind::Folder)) {
+            } else if (pick(4) == 0) {
+                entry.link = "/moved/away (deleted)";
+            } else if (attributes.ok() && attributes.value().kind != FileKind::Regular) {
                 entry.link = path + " (deleted)";
             }
         }
         for (const std::string& identifier : identifiers) {
-            ASSERT_EQ(find(identifier), plainWalk(identifier)) << round << " " << identifier;
+            const std::optional<ZoProcess> found = processWithIdentifier(identifier, known);
+            ASSERT_EQ(found ? std::optional(found->processIdentifier()) : std::nullopt,
+                      plainWalk(identifier))
+                << round << " " << identifier;
         }
     }
 }

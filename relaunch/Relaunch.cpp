@@ -73,6 +73,8 @@ void launchIfExists(const std::optional<PathItem>& application, const DesktopSes
 } // namespace
 
 Status quitApplicationWithBundleID(std::string_view identifier, const DesktopSession& session) {
+    // The address ends where the text ends for those who carry it.
+    identifier = identifier.substr(0, identifier.find('\0'));
     QuitRequests& requests = QuitRequests::current();
     std::unique_ptr<QuitRequests::Request> request;
     const Status built = requests.build(identifier, session, request);

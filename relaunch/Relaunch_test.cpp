@@ -469,6 +469,14 @@ TEST_F(RelaunchTest, WhatIsNoExceptionOfOursIsThrownOn) {
     EXPECT_THROW(runRelaunchAfterInstall(), int);
 }
 
+TEST(QuitTest, TheAddressEndsAtANUL) {
+    MemoryDesktop desktop;
+    const QuitRequests::Replacement replacement(desktop.quitRequests());
+    EXPECT_EQ(quitApplicationWithBundleID(std::string_view("com.example.a\0b", 15), {}),
+              Status::Success);
+    EXPECT_EQ(desktop.journal, Journal{"quit com.example.a"});
+}
+
 TEST(QuitTest, ARequestThatCannotBeBuiltIsNotSent) {
     MemoryDesktop desktop;
     const QuitRequests::Replacement replacement(desktop.quitRequests());

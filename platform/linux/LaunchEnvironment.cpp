@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <set>
 
 #include <unistd.h>
 
@@ -31,7 +33,11 @@ bool belongsToInstaller(std::string_view variable) {
 }
 
 std::vector<std::string> launchEnvironment(std::vector<std::string> variables) {
-    std::erase_if(variables, belongsToInstaller);
+    std::set<std::string, std::less<>> names;
+    std::erase_if(variables, [&names](const std::string& variable) {
+        return belongsToInstaller(variable) ||
+               !names.insert(variable.substr(0, variable.find('='))).second;
+    });
     return variables;
 }
 

@@ -11,7 +11,8 @@ namespace tav::internal {
 /// service manager's own, the folder that the installer stood in).
 [[nodiscard]] bool belongsToInstaller(std::string_view variable);
 
-/// The environment that an application is started with, from that of a session.
+/// The environment that an application is started with, from that of a session. The first of
+/// several variables with one name holds.
 [[nodiscard]] std::vector<std::string> launchEnvironment(std::vector<std::string> variables);
 
 /// The calling process's own environment.

@@ -33,6 +33,10 @@ TEST(LaunchEnvironmentTest, NamesCompareWhole) {
     EXPECT_EQ(launchEnvironment(kept), kept);
 }
 
+TEST(LaunchEnvironmentTest, TheFirstOfOneNameHolds) {
+    EXPECT_EQ(launchEnvironment({"A=1", "B=2", "A=3", "A"}), (Variables{"A=1", "B=2"}));
+}
+
 TEST(LaunchEnvironmentTest, TheCurrentEnvironmentIsTheProcesss) {
     ::setenv("TAV_TEST_VARIABLE", "caf\xe9", 1);
     const Variables variables = currentEnvironment();

@@ -111,6 +111,38 @@ bool isDesktopVariable(std::string_view entry) {
                        [entry](std::string_view name) { return entry.starts_with(name); });
 }
 
+std::string_view nameOf(std::string_view entry) { return entry.substr(0, entry.find('=')); }
+
+/// Fills in what is missing of the desktop from a process that the user runs there: whoever became
+/// root by another way than sudo has none of it left.
+void completeFromDesktop(DesktopSession& session) {
+    const auto isGraphical = [](const std::vector<std::string>& environment) {
+        return hasVariable(environment, "DISPLAY") || hasVariable(environment, "WAYLAND_DISPLAY");
+    };
+    if (isGraphical(session.environment)) {
+        return;
+    }
+    LinuxProcessTable& table = linuxProcessTable();
+    for (const int process :
+         table.processes(ProcessSelector::RealUser, static_cast<int>(session.user))
+             .value_or(std::vector<int>())) {
+        const std::optional<Data> texts = table.environment(process);
+        const std::vector<std::string> theirs =
+            texts ? splitTexts(textOf(*texts)) : std::vector<std::string>();
+        if (!isGraphical(theirs)) {
+            continue;
+        }
+        for (const std::string& entry : theirs) {
+            if ((isDesktopVariable(entry) || entry.starts_with("XDG_") ||
+                 entry.starts_with("DBUS_SESSION_BUS_ADDRESS=")) &&
+                !hasVariable(session.environment, nameOf(entry))) {
+                session.environment.push_back(entry);
+            }
+        }
+        return;
+    }
+}
+
 class LinuxDesktopSessions final : public DesktopSessions {
   public:
     DesktopSession sessionOfProcess(int process) override {
@@ -169,11 +201,12 @@ class LinuxDesktopSessions final : public DesktopSessions {
                 session.environment.emplace_back(*entry);
             }
         }
+        completeFromDesktop(session);
         const std::string bus = "/run/user/" + std::to_string(*user) + "/bus";
         const char* const inherited = std::getenv("DBUS_SESSION_BUS_ADDRESS");
         struct ::stat socket;
         if (inherited != nullptr && ::stat(bus.c_str(), &socket) != 0) {
-            session.environment.push_back(std::string("DBUS_SESSION_BUS_ADDRESS=") + inherited);
+            addMissing(session.environment, "DBUS_SESSION_BUS_ADDRESS", inherited);
         }
         complete(session, account);
         return session;

@@ -11,8 +11,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -88,6 +91,78 @@ TEST_F(DesktopSessionsTest, AUserWithoutAnAccountHasTheGroupThatSudoTells) {
     EXPECT_EQ(session.groups, std::vector<std::uint32_t>{54322});
 }
 
+TEST_F(DesktopSessionsTest, TheInstallersDesktopVariablesAreHandedOnAndNoOthers) {
+    ::setenv("SUDO_UID", "54321", 1);
+    ::setenv("DISPLAY", ":7", 1);
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+    ::setenv("TAV_SECRET", "root's", 1);
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/inherited", 1);
+    const DesktopSession session = sessions.sessionOfInstaller();
+    for (const char* name : {"DISPLAY", "LC_ALL", "TAV_SECRET", "DBUS_SESSION_BUS_ADDRESS"}) {
+        ::unsetenv(name);
+    }
+    EXPECT_TRUE(has(session, "DISPLAY=:7"));
+    EXPECT_TRUE(has(session, "LC_ALL=C.UTF-8"));
+    EXPECT_FALSE(has(session, "TAV_SECRET=root's"));
+    EXPECT_TRUE(has(session, "DBUS_SESSION_BUS_ADDRESS=unix:path=/inherited"))
+        << "there is no /run/user/54321/bus";
+}
+
+/// A pause program that runs as a user who has no account, with that environment.
+::pid_t runAs(::uid_t real, ::uid_t effective, const TemporaryFolder& folder,
+              std::vector<const char*> environment) {
+    installPauseProgram(folder.path("p"));
+    ::chmod(folder.path().c_str(), 0755);
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        const ::gid_t supplementary = 54399;
+        static_cast<void>(::setgroups(1, &supplementary));
+        static_cast<void>(::setresgid(54322, 54322, 54322));
+        static_cast<void>(::setresuid(real, effective, effective));
+        environment.push_back(nullptr);
+        const char* const arguments[] = {"p", nullptr};
+        ::execve(folder.path("p").c_str(), const_cast<char**>(arguments),
+                 const_cast<char**>(environment.data()));
+        ::_exit(1);
+    }
+    ::close(ends[1]);
+    char end = 0;
+    EXPECT_EQ(::read(ends[0], &end, 1), 0) << "closed by executing";
+    ::close(ends[0]);
+    waitUntilExecuted(child);
+    return child;
+}
+
+void end(::pid_t child) {
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+}
+
+TEST_F(DesktopSessionsTest, WhatTheInstallerLacksIsTakenFromTheUsersDesktop) {
+    const TemporaryFolder folder;
+    const ::pid_t desktop = runAs(54321, 54321, folder,
+                                  {"DISPLAY=:9", "PRIVATE=1", "XDG_CURRENT_DESKTOP=Sample",
+                                   "DBUS_SESSION_BUS_ADDRESS=unix:path=/theirs"});
+    ::setenv("PKEXEC_UID", "54321", 1);
+    ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
+    const DesktopSession session = sessions.sessionOfInstaller();
+    EXPECT_TRUE(has(session, "DISPLAY=:9"));
+    EXPECT_TRUE(has(session, "XDG_CURRENT_DESKTOP=Sample"));
+    EXPECT_TRUE(has(session, "DBUS_SESSION_BUS_ADDRESS=unix:path=/theirs"));
+    EXPECT_FALSE(has(session, "PRIVATE=1"));
+    end(desktop);
+}
+
+TEST_F(DesktopSessionsTest, AProcessBelongsToItsRealUser) {
+    const TemporaryFolder folder;
+    const ::pid_t privileged = runAs(54321, 0, folder, {"A=1"});
+    EXPECT_EQ(sessions.sessionOfProcess(privileged).user, 54321U);
+    end(privileged);
+}
+
 TEST_F(DesktopSessionsTest, OurOwnProcessesAreInOurOwnSession) {
     EXPECT_TRUE(sessions.sessionOfProcess(::getpid()).isOwn);
     EXPECT_TRUE(sessions.sessionOfProcess(1).isOwn);
@@ -96,26 +171,7 @@ TEST_F(DesktopSessionsTest, OurOwnProcessesAreInOurOwnSession) {
 /// A process of another user, who has no account, with one supplementary group.
 TEST_F(DesktopSessionsTest, AProcessOfAnotherUserTellsUserGroupsAndEnvironment) {
     const TemporaryFolder folder;
-    installPauseProgram(folder.path("p"));
-    ::chmod(folder.path().c_str(), 0755);
-    int ends[2];
-    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-    const ::pid_t child = ::fork();
-    if (child == 0) {
-        const ::gid_t supplementary = 54399;
-        static_cast<void>(::setgroups(1, &supplementary));
-        static_cast<void>(::setresgid(54322, 54322, 54322));
-        static_cast<void>(::setresuid(54321, 54321, 54321));
-        const char* const environment[] = {"DISPLAY=:9", "ODD=caf\xe9", nullptr};
-        const char* const arguments[] = {"p", nullptr};
-        ::execve(folder.path("p").c_str(), const_cast<char**>(arguments),
-                 const_cast<char**>(environment));
-        ::_exit(1);
-    }
-    ::close(ends[1]);
-    char end = 0;
-    EXPECT_EQ(::read(ends[0], &end, 1), 0) << "closed by executing";
-    waitUntilExecuted(child);
+    const ::pid_t child = runAs(54321, 54321, folder, {"DISPLAY=:9", "ODD=caf\xe9"});
     const DesktopSession session = sessions.sessionOfProcess(child);
     EXPECT_FALSE(session.isOwn);
     EXPECT_EQ(session.user, 54321U);
@@ -124,9 +180,7 @@ TEST_F(DesktopSessionsTest, AProcessOfAnotherUserTellsUserGroupsAndEnvironment) 
     EXPECT_TRUE(has(session, "DISPLAY=:9"));
     EXPECT_TRUE(has(session, "ODD=caf\xe9")) << "variables are bytes";
     EXPECT_TRUE(has(session, "DBUS_SESSION_BUS_ADDRESS=unix:path=/run/user/54321/bus"));
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
-    ::close(ends[0]);
+    end(child);
 }
 
 DesktopSession nobodysSession() {
@@ -180,6 +234,33 @@ TEST_F(DesktopSessionsTest, AFunctionHoldsNothingOfTheCallers) {
               Status::Success);
 }
 
+TEST_F(DesktopSessionsTest, AFunctionHasASessionOfItsOwnAndNoTerminal) {
+    const Deadline deadline(std::chrono::seconds(10));
+    ::signal(SIGUSR1, SIG_IGN);
+    EXPECT_EQ(runInSession(nobodysSession(), deadline,
+                           [] {
+                               const bool isAlone =
+                                   ::getsid(0) == ::getpid() && ::open("/dev/tty", O_RDWR) < 0;
+                               return isAlone && ::signal(SIGUSR1, SIG_DFL) == SIG_DFL
+                                          ? Status::Success
+                                          : Status::Failure;
+                           }),
+              Status::Success);
+    ::signal(SIGUSR1, SIG_DFL);
+}
+
+TEST_F(DesktopSessionsTest, TheFirstOfTwoVariablesHolds) {
+    DesktopSession session = nobodysSession();
+    session.environment = {"A=first", "A=second"};
+    const Deadline deadline(std::chrono::seconds(10));
+    EXPECT_EQ(runInSession(session, deadline,
+                           [] {
+                               return std::string_view(::getenv("A")) == "first" ? Status::Success
+                                                                                 : Status::Failure;
+                           }),
+              Status::Success);
+}
+
 TEST_F(DesktopSessionsTest, AFunctionThatThrowsIsAFailureOfTheChildAlone) {
     const Deadline deadline(std::chrono::seconds(10));
     EXPECT_EQ(runInSession(nobodysSession(), deadline,
@@ -218,6 +299,60 @@ TEST(BusQuitRequestsTest, WhatIsNoBusNameIsNotBuilt) {
     const Status tail = realQuitRequests().build(std::string_view("a.b\0c", 5), {}, request);
     EXPECT_TRUE(tail == statusFromErrorNumber(EINVAL) || tail == statusFromErrorNumber(ENOSYS))
         << "not the name before the NUL";
+}
+
+/// A bus of the test's own, named by the environment.
+class PrivateBusTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (::access("/usr/bin/dbus-daemon", X_OK) != 0) {
+            GTEST_SKIP() << "needs dbus-daemon, for a session bus";
+        }
+        const std::string socket = folder_.path("bus");
+        daemon_.emplace("/usr/bin/dbus-daemon",
+                        std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
+                                                 "--nopidfile", "--address=unix:path=" + socket},
+                        std::vector<std::string>{});
+        while (::access(socket.c_str(), F_OK) != 0) {
+            ::usleep(1000);
+        }
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", ("tcp:host=x;unix:path=" + socket).c_str(), 1);
+    }
+    ~PrivateBusTest() override { ::unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
+
+    std::unique_ptr<QuitRequests::Request> request_;
+
+  private:
+    TemporaryFolder folder_;
+    std::optional<SpawnedProcess> daemon_;
+};
+
+TEST_F(PrivateBusTest, ANameThatNobodyOwnsIsNoSuchProcess) {
+    EXPECT_EQ(realQuitRequests().build("org.example.Nobody", {}, request_), Status::NoSuchProcess);
+    EXPECT_EQ(static_cast<int>(Status::NoSuchProcess), -600);
+    EXPECT_EQ(request_, nullptr);
+}
+
+TEST_F(PrivateBusTest, ANameWithAnOwnerIsAskedWhateverBecomesOfIt) {
+    // The bus owns its own name; it knows no such action, which nobody waits to hear.
+    ASSERT_EQ(realQuitRequests().build("org.freedesktop.DBus", {}, request_), Status::Success);
+    EXPECT_EQ(realQuitRequests().send(*request_), Status::Success);
+    realQuitRequests().dispose(std::move(request_));
+}
+
+TEST(BusQuitRequestsTest, OnlySocketsOfThisMachineAreConnectedTo) {
+    const TemporaryFolder folder;
+    const std::string trace = folder.path("trace");
+    for (const std::string& address :
+         {"unixexec:path=/usr/bin/touch,argv1=" + trace, std::string("tcp:host=127.0.0.1,port=1"),
+          std::string("autolaunch:"), std::string(";;;"), std::string("rubbish")}) {
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+        std::unique_ptr<QuitRequests::Request> request;
+        EXPECT_NE(realQuitRequests().build("org.example.Nobody", {}, request), Status::Success);
+    }
+    ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    ::usleep(100'000);
+    EXPECT_NE(::access(trace.c_str(), F_OK), 0) << "a program was run";
 }
 
 TEST(LinuxWorkspaceTest, WhatHasNoExecutableIsNotLaunched) {

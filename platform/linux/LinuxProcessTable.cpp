@@ -169,7 +169,7 @@ bool LinuxProcessTable::append(int process, std::string_view name, Data& bytes) 
         return false;
     }
     // By way of the stack, so that what is kept has its own size and no more. Only a long text
-    // grows by doubling: it comes a page at a time, and would be copied again for each.
+    // grows by doubling: it comes in many pieces, and would be copied again for each.
     std::array<std::byte, 8192> buffer;
     while (bytes.size() < maximumFileSize) {
         const Result<std::size_t> size = readSome(file.value(), buffer);
@@ -264,7 +264,7 @@ std::optional<std::string> LinuxProcessTable::executablePathOfLink(int process, 
         if (link.ends_with(removedExecutableMark)) {
             link.resize(link.size() - removedExecutableMark.size());
             if (exists(link)) {
-                return link;
+                return isSamePlace(process, link) ? std::optional(link) : std::nullopt;
             }
             // The folder was moved aside before it was removed: where the program was started from
             // tells the place that the new one has taken.
@@ -290,17 +290,18 @@ std::optional<std::string> LinuxProcessTable::firstArgumentPath(int process) {
     }
     const std::string_view text = textOf(*arguments);
     const std::string path(text.substr(0, text.find('\0')));
-    if (!path.starts_with('/') || !exists(path) || !runsInOurTree(process)) {
+    if (!path.starts_with('/') || !isSamePlace(process, path)) {
         return std::nullopt;
     }
     return path;
 }
 
-bool LinuxProcessTable::runsInOurTree(int process) {
+bool LinuxProcessTable::isSamePlace(int process, const std::string& path) {
+    const std::string throughTheirs = EntryPath(process, "root").text() + path;
     struct ::stat theirs;
     struct ::stat ours;
-    return ::fstatat(folder_.number(), EntryPath(process, "ns/mnt").text(), &theirs, 0) == 0 &&
-           ::fstatat(folder_.number(), "self/ns/mnt", &ours, 0) == 0 && isSameFile(theirs, ours);
+    return ::fstatat(folder_.number(), throughTheirs.c_str(), &theirs, 0) == 0 &&
+           ::stat(path.c_str(), &ours) == 0 && isSameFile(theirs, ours);
 }
 
 bool LinuxProcessTable::signal(int process, int number) {

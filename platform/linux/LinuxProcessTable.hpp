@@ -42,7 +42,8 @@ class LinuxProcessTable final : public ProcessTable {
     std::int32_t argumentCount(int process, std::string_view arguments);
     bool matches(int process, ProcessSelector selector, int value);
     std::optional<StatRecord> statRecord(int process);
-    bool runsInOurTree(int process);
+    /// Whether an absolute path leads the process to the same file as us.
+    bool isSamePlace(int process, const std::string& path);
     std::optional<std::string> firstArgumentPath(int process);
 
     Descriptor folder_;

@@ -12,6 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <pty.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -188,6 +192,100 @@ TEST_F(LinuxProcessTableTest, AFolderMovedAsideAndRemovedIsKnownByTheFirstArgume
     ASSERT_EQ(::unlink(old.c_str()), 0);
     EXPECT_EQ(table.executablePath(sleeper.identifier()), executable);
     EXPECT_EQ(table.executablePath(relative.identifier()), old) << "no absolute first argument";
+}
+
+TEST_F(LinuxProcessTableTest, AFirstArgumentThatNamesNothingIsNoPath) {
+    const std::string executable = program("App.app/Contents/MacOS/App");
+    const SpawnedProcess sleeper(executable, {path("nothing/here"), "60"}, {});
+    ASSERT_EQ(::unlink(executable.c_str()), 0);
+    EXPECT_EQ(table.executablePath(sleeper.identifier()), executable);
+}
+
+TEST_F(LinuxProcessTableTest, AnotherFileCalledDeletedIsNotMistakenForIt) {
+    const std::string executable = program("App");
+    const SpawnedProcess sleeper(executable, {"zero", "60"}, {});
+    ASSERT_EQ(::unlink(executable.c_str()), 0);
+    installPauseProgram(executable + " (deleted)");
+    EXPECT_EQ(table.executablePath(sleeper.identifier()), executable);
+}
+
+/// A process that runs a program at a path in a mount namespace of its own, where another volume
+/// covers the folder. Removed: its file is gone again.
+::pid_t runBehindAnotherVolume(const std::string& folder, const std::string& path, bool removed) {
+    int ends[2];
+    EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        if (::unshare(CLONE_NEWNS) != 0 ||
+            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("tmpfs", folder.c_str(), "tmpfs", 0, nullptr) != 0) {
+            static_cast<void>(::write(ends[1], "x", 1));
+            ::_exit(1);
+        }
+        installPauseProgram(path);
+        const int file = ::open(path.c_str(), O_PATH | O_CLOEXEC);
+        if (removed) {
+            ::unlink(path.c_str());
+        }
+        const char* const arguments[] = {path.c_str(), nullptr};
+        const char* const environment[] = {nullptr};
+        ::fexecve(file, const_cast<char**>(arguments), const_cast<char**>(environment));
+        ::_exit(1);
+    }
+    ::close(ends[1]);
+    char failed = 0;
+    const bool couldMount = ::read(ends[0], &failed, 1) == 0;
+    ::close(ends[0]);
+    if (!couldMount) {
+        ::waitpid(child, nullptr, 0);
+        return -1;
+    }
+    waitUntilExecuted(child);
+    return child;
+}
+
+TEST_F(LinuxProcessTableTest, AnExecutableOfAnotherTreeHasNoPathHere) {
+    for (const bool removed : {false, true}) {
+        const std::string executable = program("App.app/Contents/MacOS/App");
+        const ::pid_t other = runBehindAnotherVolume(folder.path(), executable, removed);
+        if (other < 0) {
+            GTEST_SKIP() << "needs root, to mount a volume in another namespace";
+        }
+        EXPECT_EQ(table.executableLink(other), executable + (removed ? " (deleted)" : ""));
+        EXPECT_EQ(table.executablePath(other), std::nullopt) << "a different file has that path";
+        // Nor is its first argument a path of ours.
+        ASSERT_EQ(::unlink(executable.c_str()), 0);
+        const std::optional<std::string> gone = table.executablePath(other);
+        EXPECT_TRUE(gone == executable || !gone) << "there is nothing at that path";
+        ::kill(other, SIGKILL);
+        ::waitpid(other, nullptr, 0);
+    }
+}
+
+TEST_F(LinuxProcessTableTest, TheTerminalIsThatOfItsDevice) {
+    int controller = -1;
+    const ::pid_t child = ::forkpty(&controller, nullptr, nullptr, nullptr);
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        ::pause();
+        ::_exit(0);
+    }
+    char name[64];
+    struct ::stat device;
+    ASSERT_EQ(::ptsname_r(controller, name, sizeof name), 0);
+    ASSERT_EQ(::stat(name, &device), 0);
+    const auto number = static_cast<int>(device.st_rdev);
+    // The child takes the terminal a moment after it was made.
+    while (table.record(child)->terminalProcessGroup != child) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(table.record(child)->terminal, number);
+    EXPECT_EQ(table.record(child)->processGroup, child);
+    EXPECT_TRUE(lists(ProcessSelector::Terminal, number, child));
+    EXPECT_FALSE(lists(ProcessSelector::Terminal, number, ::getpid()));
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    ::close(controller);
 }
 
 TEST_F(LinuxProcessTableTest, PathsAreBytes) {

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -59,15 +60,6 @@ std::optional<Launch> prepare(std::string_view path, const DesktopSession& sessi
     return launch;
 }
 
-void resetSignals() {
-    for (int number = 1; number < NSIG; ++number) {
-        ::signal(number, SIG_DFL);
-    }
-    ::sigset_t none;
-    ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
 /// Lets go of everything that the caller holds: an installer that reads our output to its end, or a
 /// volume that is to be unmounted, must not wait for the application.
 void detachFromCaller() {
@@ -89,6 +81,15 @@ void detachFromCaller() {
     variables.push_back(nullptr);
     char* arguments[] = {launch.executable.data(), nullptr};
     ::execve(launch.executable.c_str(), arguments, variables.data());
+    if (errno == E2BIG) {
+        // The session's environment may be larger than our own limits would let it be.
+        ::rlimit stack;
+        if (::getrlimit(RLIMIT_STACK, &stack) == 0) {
+            stack.rlim_cur = stack.rlim_max;
+            ::setrlimit(RLIMIT_STACK, &stack);
+            ::execve(launch.executable.c_str(), arguments, variables.data());
+        }
+    }
     ::_exit(failedChild);
 }
 

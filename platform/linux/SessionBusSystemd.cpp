@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <string_view>
 #include <utility>
 
 #include <systemd/sd-bus.h>
@@ -26,9 +28,13 @@ struct Library {
     decltype(&::sd_bus_message_set_expect_reply) message_set_expect_reply = nullptr;
     decltype(&::sd_bus_message_unref) message_unref = nullptr;
     decltype(&::sd_bus_open_user) open_user = nullptr;
+    decltype(&::sd_bus_new) make = nullptr;
     decltype(&::sd_bus_process) process = nullptr;
     decltype(&::sd_bus_send) send = nullptr;
     decltype(&::sd_bus_service_name_is_valid) service_name_is_valid = nullptr;
+    decltype(&::sd_bus_set_address) set_address = nullptr;
+    decltype(&::sd_bus_set_bus_client) set_bus_client = nullptr;
+    decltype(&::sd_bus_start) start = nullptr;
     decltype(&::sd_bus_wait) wait = nullptr;
     bool isComplete = false;
 };
@@ -55,10 +61,14 @@ Library load() {
     find(library.message_set_auto_start, "sd_bus_message_set_auto_start");
     find(library.message_set_expect_reply, "sd_bus_message_set_expect_reply");
     find(library.message_unref, "sd_bus_message_unref");
+    find(library.make, "sd_bus_new");
     find(library.open_user, "sd_bus_open_user");
     find(library.process, "sd_bus_process");
     find(library.send, "sd_bus_send");
     find(library.service_name_is_valid, "sd_bus_service_name_is_valid");
+    find(library.set_address, "sd_bus_set_address");
+    find(library.set_bus_client, "sd_bus_set_bus_client");
+    find(library.start, "sd_bus_start");
     find(library.wait, "sd_bus_wait");
     return library;
 }
@@ -93,6 +103,48 @@ struct BusClose {
     void operator()(::sd_bus* bus) const { library().close_unref(bus); }
 };
 using Connection = std::unique_ptr<::sd_bus, BusClose>;
+
+/// The elements of a bus address that are sockets of this machine. The others are not for us: they
+/// run programs ("unixexec:") or look for machines ("tcp:"), neither of which ends in time, and the
+/// address may be another user's.
+std::string localAddress(std::string_view address) {
+    std::string local;
+    while (!address.empty()) {
+        const std::string_view element = address.substr(0, address.find(';'));
+        if (element.starts_with("unix:")) {
+            local.append(local.empty() ? "" : ";").append(element);
+        }
+        address.remove_prefix(std::min(element.size() + 1, address.size()));
+    }
+    return local;
+}
+
+/// Begins to connect to the bus that the environment names, or to the user's own by convention.
+Status connect(Connection& outConnection) {
+    ::sd_bus* made = nullptr;
+    const char* const address = ::secure_getenv("DBUS_SESSION_BUS_ADDRESS");
+    if (address == nullptr) {
+        const int answer = library().open_user(&made);
+        outConnection.reset(made);
+        return statusOf(answer);
+    }
+    const std::string local = localAddress(address);
+    if (local.empty()) {
+        return statusFromErrorNumber(ENOMEDIUM);
+    }
+    int answer = library().make(&made);
+    outConnection.reset(made);
+    if (answer >= 0) {
+        answer = library().set_address(made, local.c_str());
+    }
+    if (answer >= 0) {
+        answer = library().set_bus_client(made, 1);
+    }
+    if (answer >= 0) {
+        answer = library().start(made);
+    }
+    return statusOf(answer);
+}
 
 class SystemdSessionBus final : public SessionBus {
   public:
@@ -200,12 +252,12 @@ Status openSessionBus(const Deadline& deadline, std::unique_ptr<SessionBus>& out
     if (!library().isComplete) {
         return statusFromErrorNumber(ENOSYS);
     }
-    ::sd_bus* opened = nullptr;
-    const int answer = library().open_user(&opened);
-    if (answer < 0) {
-        return statusOf(answer);
+    Connection connection;
+    const Status started = connect(connection);
+    if (started != Status::Success) {
+        return started;
     }
-    auto bus = std::make_unique<SystemdSessionBus>(Connection(opened));
+    auto bus = std::make_unique<SystemdSessionBus>(std::move(connection));
     const Status ready = bus->waitUntilReady(deadline);
     if (ready == Status::Success) {
         outBus = std::move(bus);

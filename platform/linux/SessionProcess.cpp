@@ -21,7 +21,10 @@ namespace {
 /// would then run twice.
 [[noreturn]] void answerFromChild(int answers, const DesktopSession& session,
                                   const std::function<Status()>& function) noexcept {
-    // Nothing of the caller's may be open in a process of another user.
+    // Nothing of the caller's may be open in a process of another user, nor may it have the
+    // caller's terminal, into which it could type.
+    ::setsid();
+    resetSignals();
     ::dup2(answers, STDIN_FILENO);
     ::close_range(STDIN_FILENO + 1, ~0U, 0);
     // The lowest free numbers are those of the output streams.
@@ -38,12 +41,22 @@ namespace {
 
 } // namespace
 
+void resetSignals() {
+    for (int number = 1; number < NSIG; ++number) {
+        ::signal(number, SIG_DFL);
+    }
+    ::sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 void replaceEnvironment(const std::vector<std::string>& variables) {
     ::clearenv();
     for (const std::string& variable : variables) {
         const std::size_t equals = variable.find('=');
         if (equals != std::string::npos && equals > 0) {
-            ::setenv(variable.substr(0, equals).c_str(), variable.c_str() + equals + 1, 1);
+            // The first of several holds, as it does for those who ask the process itself.
+            ::setenv(variable.substr(0, equals).c_str(), variable.c_str() + equals + 1, 0);
         }
     }
 }
@@ -89,6 +102,9 @@ Status runInSession(const DesktopSession& session, const Deadline& deadline,
             status = Status::Failure;
         }
     }
+    // With whatever it may have started meanwhile. By its own number too: it may not have come as
+    // far as to its own session.
+    ::kill(-child, SIGKILL);
     ::kill(child, SIGKILL);
     static_cast<void>(retryInterrupted([&] { return ::waitpid(child, nullptr, 0); }));
     return status;

@@ -21,6 +21,9 @@ Status enterSession(const DesktopSession& session);
 Status runInSession(const DesktopSession& session, const Deadline& deadline,
                     const std::function<Status()>& function);
 
+/// Default dispositions for all signals, and none blocked.
+void resetSignals();
+
 /// Puts a list of "NAME=value" in the place of the calling process's environment.
 void replaceEnvironment(const std::vector<std::string>& variables);
 
