@@ -4,6 +4,7 @@
 #include <new>
 #include <stdexcept>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace tav {
@@ -99,6 +100,21 @@ SystemError writeFully(const Descriptor& file, BytesView content) {
         return written.error();
     }
     return written.value() == content.size() ? SystemError() : SystemError(EIO);
+}
+
+void closeDescriptorsFrom(int first) {
+    if (::close_range(static_cast<unsigned>(first), ~0U, 0) == 0) {
+        return;
+    }
+    // An older kernel, or a sandbox that knows the call not: one by one, as far as there can be
+    // any.
+    ::rlimit limit;
+    const bool isKnown = ::getrlimit(RLIMIT_NOFILE, &limit) == 0;
+    const int end =
+        isKnown ? static_cast<int>(std::min<::rlim_t>(limit.rlim_max, 1U << 20U)) : 1024;
+    for (int number = first; number < end; ++number) {
+        ::close(number);
+    }
 }
 
 } // namespace tav

@@ -96,6 +96,9 @@ Result<std::size_t> readFully(const Descriptor& file, std::span<std::byte> buffe
 Result<Data> readToEnd(const Descriptor& file, std::uint64_t expectedSize,
                        std::uint64_t maximumSize);
 
+/// Closes every descriptor from `first` on, for a process that is about to become another program.
+void closeDescriptorsFrom(int first);
+
 /// Writes all of it. After a failure an unknown part is written.
 SystemError writeFully(const Descriptor& file, BytesView content);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <optional>
@@ -26,10 +27,15 @@ struct Account {
 };
 
 std::optional<Account> accountOf(std::uint32_t user) {
-    std::vector<char> buffer(16384);
     ::passwd entry;
     ::passwd* found = nullptr;
-    if (::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr) {
+    std::vector<char> buffer(16384);
+    int error = 0;
+    while ((error = ::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found)) == ERANGE &&
+           buffer.size() < (1U << 20U)) {
+        buffer.resize(buffer.size() * 2);
+    }
+    if (error != 0 || found == nullptr) {
         return std::nullopt;
     }
     return Account{entry.pw_name, entry.pw_dir, entry.pw_shell, entry.pw_gid};
@@ -184,6 +190,8 @@ class LinuxDesktopSessions final : public DesktopSessions {
             return {};
         }
         std::optional<std::uint32_t> user = identifierIn("SUDO_UID");
+        // Only sudo tells a group with it.
+        const std::optional<std::uint32_t> group = user ? identifierIn("SUDO_GID") : std::nullopt;
         if (!user) {
             user = identifierIn("PKEXEC_UID");
         }
@@ -194,7 +202,7 @@ class LinuxDesktopSessions final : public DesktopSessions {
         session.isOwn = false;
         session.user = *user;
         const std::optional<Account> account = accountOf(*user);
-        session.group = account ? account->group : identifierIn("SUDO_GID").value_or(*user);
+        session.group = account ? account->group : group.value_or(*user);
         session.groups = account ? groupsOf(*account) : std::vector{session.group};
         for (char** entry = ::environ; entry != nullptr && *entry != nullptr; ++entry) {
             if (isDesktopVariable(*entry)) {

@@ -91,6 +91,12 @@ TEST_F(DesktopSessionsTest, AUserWithoutAnAccountHasTheGroupThatSudoTells) {
     EXPECT_EQ(session.groups, std::vector<std::uint32_t>{54322});
 }
 
+TEST_F(DesktopSessionsTest, TheGroupThatSudoTellsIsNotTakenForPkexecs) {
+    ::setenv("PKEXEC_UID", "54321", 1);
+    ::setenv("SUDO_GID", "54322", 1);
+    EXPECT_EQ(sessions.sessionOfInstaller().group, 54321U);
+}
+
 TEST_F(DesktopSessionsTest, TheInstallersDesktopVariablesAreHandedOnAndNoOthers) {
     ::setenv("SUDO_UID", "54321", 1);
     ::setenv("DISPLAY", ":7", 1);

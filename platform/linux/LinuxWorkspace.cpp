@@ -15,6 +15,7 @@
 #include <vector>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -65,7 +66,7 @@ std::optional<Launch> prepare(std::string_view path, const DesktopSession& sessi
 void detachFromCaller() {
     ::setsid();
     resetSignals();
-    ::close_range(0, ~0U, 0);
+    closeDescriptorsFrom(0);
     // The lowest free numbers are those of the standard streams.
     const int null = ::open("/dev/null", O_RDWR);
     static_cast<void>(::dup(null));
@@ -110,8 +111,13 @@ void detachFromCaller() {
         }
         waitForEnd(oldInstances, deadline);
     }
+    if (!session.isOwn) {
+        // Root's installer may have made its files private; a user's application has the usual
+        // mask.
+        ::umask(022);
+    }
     waitForFreeName(launch.busName, deadline);
-    ::close_range(STDERR_FILENO + 1, ~0U, 0);
+    closeDescriptorsFrom(STDERR_FILENO + 1);
     resetSignals();
     execute(launch);
 }

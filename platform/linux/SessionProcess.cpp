@@ -26,7 +26,7 @@ namespace {
     ::setsid();
     resetSignals();
     ::dup2(answers, STDIN_FILENO);
-    ::close_range(STDIN_FILENO + 1, ~0U, 0);
+    closeDescriptorsFrom(STDIN_FILENO + 1);
     // The lowest free numbers are those of the output streams.
     const int null = ::open("/dev/null", O_RDWR);
     static_cast<void>(::dup(null));
