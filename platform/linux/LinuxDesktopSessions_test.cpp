@@ -1,6 +1,7 @@
 #include "platform/DesktopSession.hpp"
 #include "platform/QuitRequests.hpp"
 #include "platform/Workspace.hpp"
+#include "platform/linux/Descriptor.hpp"
 #include "platform/linux/SessionProcess.hpp"
 #include "testing/SpawnedProcess.hpp"
 #include "testing/TemporaryFolder.hpp"
@@ -21,7 +22,9 @@
 
 #include <fcntl.h>
 #include <grp.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -319,7 +322,9 @@ class PrivateBusTest : public testing::Test {
                         std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
                                                  "--nopidfile", "--address=unix:path=" + socket},
                         std::vector<std::string>{});
-        while (::access(socket.c_str(), F_OK) != 0) {
+        const Deadline deadline(std::chrono::seconds(10));
+        while (!listens(socket)) {
+            ASSERT_FALSE(deadline.hasPassed()) << "the bus does not come up";
             ::usleep(1000);
         }
         ::setenv("DBUS_SESSION_BUS_ADDRESS", ("tcp:host=x;unix:path=" + socket).c_str(), 1);
@@ -329,6 +334,14 @@ class PrivateBusTest : public testing::Test {
     std::unique_ptr<QuitRequests::Request> request_;
 
   private:
+    static bool listens(const std::string& path) {
+        const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ::sockaddr_un address = {AF_UNIX, {}};
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        return ::connect(socket.number(), reinterpret_cast<const ::sockaddr*>(&address),
+                         sizeof address) == 0;
+    }
+
     TemporaryFolder folder_;
     std::optional<SpawnedProcess> daemon_;
 };
