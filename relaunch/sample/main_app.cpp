@@ -3,29 +3,17 @@
 // The first instance owns the application id on the session bus and ends on the action "quit"; a
 // second one hands over to it and ends at once. `--shutdown-delay=MILLISECONDS` makes the end take
 // as long as that of an application with much to save: until then the old instance still owns the
-// id.
+// id. `--application-id=ID` gives it another id than its own.
 #include "relaunch/sample/sample_program.hpp"
 
-#include <cstdlib>
 #include <glib-unix.h>
-#include <string_view>
 
 #include <gio/gio.h>
 
 namespace {
 
 // Also the bundle identifier in suite.sh: that is what a quit request is addressed to.
-constexpr const char* applicationId = "org.example.SampleSuite";
-
-guint shutdownDelay(int argumentCount, char** arguments) {
-    constexpr std::string_view option = "--shutdown-delay=";
-    for (int index = 1; index < argumentCount; ++index) {
-        if (std::string_view(arguments[index]).substr(0, option.size()) == option) {
-            return static_cast<guint>(std::strtoul(arguments[index] + option.size(), nullptr, 10));
-        }
-    }
-    return 0;
-}
+constexpr const char* ownApplicationId = "org.example.SampleSuite";
 
 gboolean quitNow(gpointer application) {
     g_application_quit(G_APPLICATION(application));
@@ -55,8 +43,11 @@ int main(int argumentCount, char** arguments) {
     if (sample::answeredVersion(argumentCount, arguments)) {
         return 0;
     }
-    GApplication* application = g_application_new(applicationId, GApplicationFlags{});
-    Shutdown shutdown{application, shutdownDelay(argumentCount, arguments)};
+    const char* const otherId =
+        sample::valueOfOption(argumentCount, arguments, "--application-id=");
+    GApplication* application =
+        g_application_new(otherId == nullptr ? ownApplicationId : otherId, GApplicationFlags{});
+    Shutdown shutdown{application, sample::shutdownDelay(argumentCount, arguments)};
 
     GSimpleAction* quit = g_simple_action_new("quit", nullptr);
     g_signal_connect(quit, "activate", G_CALLBACK(quitRequested), &shutdown);
