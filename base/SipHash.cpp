@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include <unistd.h>
+
 namespace tav {
 namespace {
 
@@ -69,8 +71,12 @@ std::uint64_t sipHash13(std::string_view text, SipHashKey key) {
 }
 
 SipHashKey processSipHashKey() {
-    // Where the loader put things and when: nothing that the author of a file can know.
     static const SipHashKey key = [] {
+        SipHashKey random;
+        if (getentropy(&random, sizeof random) == 0) {
+            return random;
+        }
+        // A kernel without random numbers for us: where the loader put things and when.
         const int onStack = 0;
         const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
         return SipHashKey{reinterpret_cast<std::uintptr_t>(&onStack) * 0x9e3779b97f4a7c15U,
