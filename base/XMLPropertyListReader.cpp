@@ -141,7 +141,8 @@ class Reader {
 };
 
 std::optional<Value> Reader::read(BytesView bytes, Error* outError) {
-    constexpr std::size_t piece = std::size_t{1} << 30;
+    // The parser copies it into a buffer whose size, a power of two, must fit into an int.
+    constexpr std::size_t piece = std::size_t{1} << 28;
     const char* at = textOf(bytes).data();
     std::size_t rest = bytes.size();
     XML_Status status = XML_STATUS_OK;
