@@ -4,7 +4,7 @@
 # Copies its input to a file, and tells every 15 seconds how far it has come.
 tell_progress() { # LABEL FILE
     local line next=$((SECONDS + 5))
-    while IFS= read -r line; do
+    while IFS= read -r line || [[ -n $line ]]; do # the last line may have no line feed
         printf '%s\n' "$line" >&3
         if ((SECONDS >= next)); then
             printf '%s: %.100s\n' "$1" "$line"
