@@ -1,6 +1,7 @@
 // Case folding and normal forms: what ICU does here needs none of its data tables, so that a
 // program may link it statically and stay small. Operations with a locale do not belong into this
 // file.
+#include "base/CombiningMarks.hpp"
 #include "base/Unicode.hpp"
 #include "base/UnicodeBuffer.hpp"
 
@@ -36,11 +37,13 @@ const UNormalizer2* normalizer(const UNormalizer2* (*instance)(UErrorCode*)) {
 }
 
 std::u16string normalized(const UNormalizer2* form, std::u16string units) {
-    const std::int32_t size = internal::icuLength(units.size());
+    std::int32_t size = internal::icuLength(units.size());
     UErrorCode error = U_ZERO_ERROR;
     if (unorm2_spanQuickCheckYes(form, units.data(), size, &error) == size) {
         return units;
     }
+    units = internal::withMarksInOrder(std::move(units));
+    size = internal::icuLength(units.size());
     return internal::icuResult(units.size() + units.size() / 2,
                                [&](char16_t* buffer, std::int32_t capacity, UErrorCode& status) {
                                    return unorm2_normalize(form, units.data(), size, buffer,
