@@ -3,10 +3,13 @@
 #include "base/Unicode.hpp"
 #include "base/UnicodeBuffer.hpp"
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 
 #include <unicode/translit.h>
+#include <unicode/utf16.h>
 
 namespace tav {
 
@@ -35,22 +38,43 @@ class ASCIITransliterator {
     std::unique_ptr<icu::Transliterator> transliterator_;
 };
 
+// ICU moves the rest of a text with every replacement, so long texts are cut into pieces.
+constexpr std::size_t largestPiece = 4096;
+
+// A pair of surrogates stays together.
+std::size_t endOfPiece(std::u16string_view units, std::size_t start, std::size_t size) {
+    if (units.size() - start <= size) {
+        return units.size();
+    }
+    const std::size_t end = start + size;
+    return U16_IS_LEAD(units[end - 1]) && U16_IS_TRAIL(units[end]) ? end + 1 : end;
+}
+
 } // namespace
 
 std::string lossyASCII(std::string_view text) {
+    return internal::lossyASCIIInPieces(text, largestPiece);
+}
+
+std::string internal::lossyASCIIInPieces(std::string_view text, std::size_t pieceSize) {
     if (isASCII(text)) {
         return std::string(text);
     }
     static ASCIITransliterator transliterator;
-    const std::u16string units = utf16FromBytes(text);
-    icu::UnicodeString content(units.data(), internal::icuLength(units.size()));
-    transliterator.apply(content);
-
+    // In decomposed text it does not matter where a piece ends: the marks at the start of the next
+    // one are dropped, and no rule for what is left looks at more than one character.
+    const std::u16string units = utf16FromBytes(decomposedString(text));
     std::string ascii;
-    ascii.reserve(static_cast<std::size_t>(content.length()));
-    for (std::int32_t at = 0; at < content.length(); ++at) {
-        const char16_t unit = content.charAt(at);
-        ascii += unit <= 0x7F ? static_cast<char>(unit) : '?';
+    ascii.reserve(units.size());
+    for (std::size_t start = 0; start < units.size();) {
+        const std::size_t end = endOfPiece(units, start, pieceSize);
+        icu::UnicodeString content(&units[start], internal::icuLength(end - start));
+        transliterator.apply(content);
+        for (std::int32_t at = 0; at < content.length(); ++at) {
+            const char16_t unit = content.charAt(at);
+            ascii += unit <= 0x7F ? static_cast<char>(unit) : '?';
+        }
+        start = end;
     }
     return ascii;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -12,5 +13,13 @@ namespace tav {
 /// Apart from the other Unicode operations, since this one needs ICU's data tables. The first call
 /// builds the transliterator; calls may come from any thread.
 [[nodiscard]] std::string lossyASCII(std::string_view text);
+
+namespace internal {
+
+/// `lossyASCII` with the text transliterated in pieces of so many units of UTF-16 (at least 1); the
+/// result does not depend on it.
+[[nodiscard]] std::string lossyASCIIInPieces(std::string_view text, std::size_t pieceSize);
+
+} // namespace internal
 
 } // namespace tav

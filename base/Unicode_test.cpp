@@ -245,6 +245,32 @@ TEST(Transliteration, LossyASCII) {
     EXPECT_EQ(lossyASCII("é\x7F"), "e\x7F");
 }
 
+TEST(Transliteration, PiecesDoNotChangeTheResult) {
+    std::mt19937 random(4);
+    static const std::vector<std::string> pieces = {
+        "\u0301",     "\u0323",     "\u0344", "\u0F73",       "½",      "“", "Ł",      "ǆ",
+        "\U0001D165", "\U0001D15E", "\u302E", "\u09C7\u09BE", "\u3007", "Ǖ", "\u0149", "…",
+        "\u212B",     "\u2126",     "＜",     "\u00A0"};
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        for (auto count = random() % 12; count > 0; --count) {
+            text += random() % 2 == 0 ? pieces[random() % pieces.size()] : randomText(random);
+        }
+        const std::string whole = internal::lossyASCIIInPieces(text, text.size() + 1);
+        EXPECT_EQ(internal::lossyASCIIInPieces(text, 1 + random() % 5), whole) << text;
+    }
+}
+
+TEST(Transliteration, LongTexts) {
+    std::string text;
+    std::string ascii;
+    for (int round = 0; round < 30000; ++round) {
+        text += "éß😀";
+        ascii += "ess??";
+    }
+    EXPECT_EQ(lossyASCII(text), ascii);
+}
+
 TEST(Transliteration, ThreadsMayCallAtOnce) {
     std::vector<std::thread> threads;
     std::vector<std::string> results(4);
