@@ -10,7 +10,7 @@ namespace tav {
 /// the host, negated) are carried as they are.
 enum class [[nodiscard]] Status : std::int32_t{
     Success = 0,
-    Failure = -1,         ///< Any other failure, and "not implemented".
+    Failure = -1,         ///< Any other failure, also of what a kind of item does not offer at all.
     BadParameter = -50,   ///< A parameter that cannot be right, an empty path for one.
     NotSupported = -220,  ///< This kind of item cannot do it.
     NoSuchProcess = -600, ///< Nobody owns the name that a request is addressed to.

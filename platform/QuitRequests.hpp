@@ -20,7 +20,8 @@ QuitRequests& realQuitRequests();
 ///
 /// A request is built, sent once and disposed of. Sending hands it to the system and waits for no
 /// reply: whether the application heeds it is not known. Building and sending together never take
-/// longer than `timeLimit`, whatever state the bus is in.
+/// longer than `timeLimit`, whatever state the bus is in. A request belongs to one thread; sending
+/// in another user's session forks.
 class QuitRequests : public Seam<QuitRequests, internal::realQuitRequests> {
   public:
     /// In milliseconds.

@@ -14,7 +14,8 @@ namespace internal {
 Workspace& realWorkspace();
 } // namespace internal
 
-/// The seam that starts applications.
+/// The seam that starts applications. Starting forks: not to be done while another thread of the
+/// process holds a lock that the child would need.
 class Workspace : public Seam<Workspace, internal::realWorkspace> {
   public:
     virtual ~Workspace() = default;

@@ -115,10 +115,13 @@ bool LinuxProcessTable::matches(int process, ProcessSelector selector, int value
            (selector == ProcessSelector::Terminal ? found->terminal : found->processGroup) == value;
 }
 
+Result<Descriptor> LinuxProcessTable::open(int process, std::string_view name) {
+    return Descriptor::open(folder_.number(), EntryPath(process, name).text(), O_RDONLY, 0);
+}
+
 std::string_view LinuxProcessTable::beginning(int process, std::string_view name,
                                               std::span<char> buffer) {
-    const Result<Descriptor> file =
-        Descriptor::open(folder_.number(), EntryPath(process, name).text(), O_RDONLY, 0);
+    const Result<Descriptor> file = open(process, name);
     if (!file.ok()) {
         return {};
     }
@@ -144,8 +147,7 @@ std::optional<ProcessRecord> LinuxProcessTable::record(int process) {
 }
 
 std::optional<Data> LinuxProcessTable::contents(int process, std::string_view name) {
-    const Result<Descriptor> file =
-        Descriptor::open(folder_.number(), EntryPath(process, name).text(), O_RDONLY, 0);
+    const Result<Descriptor> file = open(process, name);
     if (!file.ok()) {
         return std::nullopt;
     }
@@ -163,8 +165,7 @@ std::optional<Data> LinuxProcessTable::environment(int process) {
 }
 
 bool LinuxProcessTable::append(int process, std::string_view name, Data& bytes) {
-    const Result<Descriptor> file =
-        Descriptor::open(folder_.number(), EntryPath(process, name).text(), O_RDONLY, 0);
+    const Result<Descriptor> file = open(process, name);
     if (!file.ok()) {
         return false;
     }

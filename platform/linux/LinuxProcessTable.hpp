@@ -35,6 +35,7 @@ class LinuxProcessTable final : public ProcessTable {
     std::optional<Data> contents(int process, std::string_view name);
 
   private:
+    Result<Descriptor> open(int process, std::string_view name);
     /// As much of /proc/PID/NAME as one read gives; it is empty when there is no such process.
     std::string_view beginning(int process, std::string_view name, std::span<char> buffer);
     /// Appends the whole of /proc/PID/NAME; false when it cannot be read.

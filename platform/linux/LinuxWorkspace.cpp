@@ -118,7 +118,6 @@ void detachFromCaller() {
     }
     waitForFreeName(launch.busName, deadline);
     closeDescriptorsFrom(STDERR_FILENO + 1);
-    resetSignals();
     execute(launch);
 }
 
