@@ -8,6 +8,7 @@ set(TAV_ROOMS
     platform
     platform/linux
     platform/memory
+    foundation
     process
     relaunch
     relaunch/sample
@@ -19,12 +20,13 @@ set(TAV_BELOW_base)
 set(TAV_BELOW_platform base)
 set(TAV_BELOW_platform/linux platform)
 set(TAV_BELOW_platform/memory platform)
+set(TAV_BELOW_foundation platform)
 set(TAV_BELOW_process platform)
 set(TAV_BELOW_relaunch process)
 set(TAV_BELOW_relaunch/sample)
 set(TAV_BELOW_testing base)
-set(TAV_BELOW_bench relaunch platform/memory testing)
-set(TAV_BELOW_fuzz relaunch platform/linux platform/memory)
+set(TAV_BELOW_bench relaunch foundation platform/memory testing)
+set(TAV_BELOW_fuzz relaunch foundation platform/linux platform/memory)
 
 # What tests may include besides what the code of their room may: the in-memory seams and the
 # helpers of the tests.

@@ -3,9 +3,12 @@
 #include "base/Data.hpp"
 #include "base/Date.hpp"
 #include "base/Result.hpp"
+#include "platform/OpenFile.hpp"
 #include "platform/Seam.hpp"
 
+#include <cerrno>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -81,6 +84,14 @@ class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
     /// EINVAL for anything else that is no file.
     virtual SystemError writeFile(std::string_view path, BytesView content,
                                   std::uint32_t permissions) = 0;
+
+    /// Opens a regular file (through links, unless it must be new). See `OpenOptions`.
+    virtual Result<std::unique_ptr<OpenFile>> open(std::string_view /*path*/,
+                                                   const OpenOptions& /*options*/) {
+        return SystemError(ENOTSUP);
+    }
+    /// Waits until the names in a folder are on the medium.
+    virtual SystemError syncFolder(std::string_view /*path*/) { return SystemError(ENOTSUP); }
 
     /// The mask of the process takes away from the permissions here, too.
     virtual SystemError createFolder(std::string_view path, std::uint32_t permissions) = 0;
