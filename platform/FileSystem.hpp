@@ -6,7 +6,6 @@
 #include "platform/OpenFile.hpp"
 #include "platform/Seam.hpp"
 
-#include <cerrno>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -86,12 +85,11 @@ class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
                                   std::uint32_t permissions) = 0;
 
     /// Opens a regular file (through links, unless it must be new). See `OpenOptions`.
-    virtual Result<std::unique_ptr<OpenFile>> open(std::string_view /*path*/,
-                                                   const OpenOptions& /*options*/) {
-        return SystemError(ENOTSUP);
-    }
-    /// Waits until the names in a folder are on the medium.
-    virtual SystemError syncFolder(std::string_view /*path*/) { return SystemError(ENOTSUP); }
+    virtual Result<std::unique_ptr<OpenFile>> open(std::string_view path,
+                                                   const OpenOptions& options) = 0;
+    /// Waits until the names in a folder are on the medium. EINVAL or ENOTSUP where the file system
+    /// knows no such thing.
+    virtual SystemError syncFolder(std::string_view path) = 0;
 
     /// The mask of the process takes away from the permissions here, too.
     virtual SystemError createFolder(std::string_view path, std::uint32_t permissions) = 0;

@@ -2,6 +2,8 @@
 
 #include "base/PathString.hpp"
 #include "platform/linux/Descriptor.hpp"
+#include "platform/linux/LinuxAttributes.hpp"
+#include "platform/linux/LinuxOpenFile.hpp"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +18,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace tav {
@@ -54,67 +55,10 @@ SystemError errorOf(Call call) {
     return retryInterrupted(call) < 0 ? SystemError(errno) : SystemError();
 }
 
-FileKind kindOfMode(unsigned int mode) {
-    switch (mode & S_IFMT) {
-    case S_IFREG:
-        return FileKind::Regular;
-    case S_IFDIR:
-        return FileKind::Folder;
-    case S_IFLNK:
-        return FileKind::Link;
-    case S_IFIFO:
-        return FileKind::Pipe;
-    case S_IFSOCK:
-        return FileKind::Socket;
-    case S_IFCHR:
-    case S_IFBLK:
-        return FileKind::Device;
-    default:
-        return FileKind::Unknown;
-    }
-}
-
-Date dateOf(const struct ::statx_timestamp& time) {
-    // Whole seconds are moved to 2001 first: a double then keeps more of the fraction.
-    const auto seconds =
-        double(time.tv_sec) - Date::secondsFrom1970To2001; // exact: both are whole numbers
-    return Date(seconds + double(time.tv_nsec) / 1e9);
-}
-
-std::int64_t nanosecondsOf(const struct ::statx_timestamp& time) {
-    // Wraps for a date that no disk honestly has: it only has to tell files apart.
-    const auto nanoseconds =
-        static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000U + time.tv_nsec;
-    return static_cast<std::int64_t>(nanoseconds);
-}
-
 Result<FileAttributes> attributesOf(std::string_view path, int flags) {
     const KernelPath kernelPath(path);
-    if (!kernelPath.ok()) {
-        return kernelPath.error();
-    }
-    struct ::statx status {};
-    const SystemError error = errorOf([&] {
-        return ::statx(AT_FDCWD, kernelPath.text(), flags | AT_NO_AUTOMOUNT,
-                       STATX_BASIC_STATS | STATX_BTIME, &status);
-    });
-    if (!error.isNone()) {
-        return error;
-    }
-    FileAttributes attributes;
-    attributes.kind = kindOfMode(status.stx_mode);
-    attributes.permissions = status.stx_mode & permissionBits;
-    attributes.user = status.stx_uid;
-    attributes.group = status.stx_gid;
-    attributes.size = status.stx_size;
-    attributes.identity.device = ::makedev(status.stx_dev_major, status.stx_dev_minor);
-    attributes.identity.number = status.stx_ino;
-    if ((status.stx_mask & STATX_BTIME) != 0) {
-        attributes.identity.birthNanoseconds = nanosecondsOf(status.stx_btime);
-    }
-    attributes.modificationDate = dateOf(status.stx_mtime);
-    attributes.changeDate = dateOf(status.stx_ctime);
-    return attributes;
+    return kernelPath.ok() ? attributesAt(AT_FDCWD, kernelPath.text(), flags)
+                           : Result<FileAttributes>(kernelPath.error());
 }
 
 /// Appends the entries of one answer of the kernel.
@@ -274,6 +218,34 @@ SystemError LinuxFileSystem::writeFile(std::string_view path, BytesView content,
     }
     const SystemError error = writeFully(file.value(), content);
     return error.isNone() ? file.value().close() : error;
+}
+
+Result<std::unique_ptr<OpenFile>> LinuxFileSystem::open(std::string_view path,
+                                                        const OpenOptions& options) {
+    const KernelPath kernelPath(path);
+    if (!options.areConsistent() || !kernelPath.ok()) {
+        return options.areConsistent() ? kernelPath.error() : SystemError(EINVAL);
+    }
+    const int flags = (options.write ? O_RDWR : O_RDONLY) | (options.create ? O_CREAT : 0) |
+                      (options.mustBeNew ? O_EXCL : 0) | (options.append ? O_APPEND : 0);
+    auto file = openWithoutWaiting(kernelPath, flags, options.permissions & permissionBits);
+    if (!file.ok()) {
+        return file.error();
+    }
+    if (const auto size = sizeOfRegularFile(file.value()); !size.ok()) {
+        return size.error();
+    }
+    return Result<std::unique_ptr<OpenFile>>(
+        std::make_unique<LinuxOpenFile>(std::move(file).value(), options.write));
+}
+
+SystemError LinuxFileSystem::syncFolder(std::string_view path) {
+    const KernelPath kernelPath(path);
+    if (!kernelPath.ok()) {
+        return kernelPath.error();
+    }
+    const auto folder = Descriptor::open(kernelPath.text(), O_RDONLY | O_DIRECTORY | O_NONBLOCK);
+    return folder.ok() ? errorOf([&] { return ::fsync(folder.value().number()); }) : folder.error();
 }
 
 SystemError LinuxFileSystem::createFolder(std::string_view path, std::uint32_t permissions) {

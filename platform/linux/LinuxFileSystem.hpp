@@ -2,6 +2,7 @@
 
 #include "platform/FileSystem.hpp"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,9 @@ class LinuxFileSystem : public FileSystem {
     Result<Data> readFile(std::string_view path, std::uint64_t maximumSize) override;
     SystemError writeFile(std::string_view path, BytesView content,
                           std::uint32_t permissions) override;
+    Result<std::unique_ptr<OpenFile>> open(std::string_view path,
+                                           const OpenOptions& options) override;
+    SystemError syncFolder(std::string_view path) override;
     SystemError createFolder(std::string_view path, std::uint32_t permissions) override;
     SystemError createLink(std::string_view path, std::string_view target) override;
     SystemError setPermissions(std::string_view path, std::uint32_t permissions) override;

@@ -1,8 +1,25 @@
 #include "platform/memory/FaultyFileSystem.hpp"
 
+#include "platform/memory/FaultyOpenFile.hpp"
+
+#include <algorithm>
 #include <utility>
 
+#include <signal.h>
+#include <unistd.h>
+
 namespace tav {
+
+namespace {
+
+/// No destructor, no handler, no buffer that is written out.
+[[noreturn]] void endProcess() {
+    for (;;) {
+        ::kill(::getpid(), SIGKILL);
+    }
+}
+
+} // namespace
 
 void FaultyFileSystem::failOperation(std::string_view operation, int errorNumber) {
     failingOperations_.insert_or_assign(std::string(operation), SystemError(errorNumber));
@@ -12,17 +29,53 @@ void FaultyFileSystem::atCall(std::size_t number, std::function<void()> action) 
     actions_.insert_or_assign(number, std::move(action));
 }
 
-SystemError FaultyFileSystem::count(std::string_view operation) {
+/// The number of a call that comes.
+std::size_t FaultyFileSystem::begin() {
     const std::size_t number = ++count_;
     // Taken out first: the action may call this file system itself, and may set what fails.
     if (const auto action = actions_.extract(number); !action.empty()) {
         action.mapped()();
     }
-    if (number == failingCall_ && !callError_.isNone()) {
+    if (number == endingCall_) {
+        endProcess();
+    }
+    return number;
+}
+
+SystemError FaultyFileSystem::errorOf(std::size_t call, std::string_view operation) const {
+    if (call == failingCall_ && !callError_.isNone()) {
         return callError_;
     }
     const auto found = failingOperations_.find(operation);
     return found == failingOperations_.end() ? SystemError() : found->second;
+}
+
+SystemError FaultyFileSystem::count(std::string_view operation) {
+    const std::size_t number = begin();
+    if (number == endingWithinCall_) {
+        endProcess();
+    }
+    return errorOf(number, operation);
+}
+
+FaultyFileSystem::WriteCall FaultyFileSystem::countWrite(std::string_view operation,
+                                                         std::size_t size) {
+    const std::size_t number = begin();
+    if (number == endingWithinCall_) {
+        return {{}, size / 2, {}, true};
+    }
+    const SystemError error = errorOf(number, operation);
+    if (number == shortCall_) {
+        return {error, std::min(size, shortBytes_), shortError_, false};
+    }
+    return {error, size, {}, false};
+}
+
+SystemError FaultyFileSystem::finish(const WriteCall& call, SystemError error) {
+    if (call.endsProcess) {
+        endProcess();
+    }
+    return error.isNone() ? call.errorAfter : error;
 }
 
 Result<FileAttributes> FaultyFileSystem::attributes(std::string_view path) {
@@ -57,8 +110,28 @@ Result<Data> FaultyFileSystem::readFile(std::string_view path, std::uint64_t max
 
 SystemError FaultyFileSystem::writeFile(std::string_view path, BytesView content,
                                         std::uint32_t permissions) {
-    const SystemError error = count("writeFile");
-    return error.isNone() ? inner_.writeFile(path, content, permissions) : error;
+    const WriteCall call = countWrite("writeFile", content.size());
+    return call.error.isNone()
+               ? finish(call, inner_.writeFile(path, content.first(call.bytes), permissions))
+               : call.error;
+}
+
+Result<std::unique_ptr<OpenFile>> FaultyFileSystem::open(std::string_view path,
+                                                         const OpenOptions& options) {
+    if (const SystemError error = count("open"); !error.isNone()) {
+        return error;
+    }
+    auto file = inner_.open(path, options);
+    if (!file.ok()) {
+        return file.error();
+    }
+    return Result<std::unique_ptr<OpenFile>>(
+        std::make_unique<FaultyOpenFile>(*this, std::move(file).value()));
+}
+
+SystemError FaultyFileSystem::syncFolder(std::string_view path) {
+    const SystemError error = count("syncFolder");
+    return error.isNone() ? inner_.syncFolder(path) : error;
 }
 
 SystemError FaultyFileSystem::createFolder(std::string_view path, std::uint32_t permissions) {

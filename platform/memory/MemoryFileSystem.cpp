@@ -1,5 +1,7 @@
 #include "platform/memory/MemoryFileSystem.hpp"
 
+#include "platform/memory/MemoryOpenFile.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <system_error>
@@ -116,10 +118,14 @@ void MemoryFileSystem::addLinkNode(const MemoryPlace& place, std::string_view ta
     link.attributes.size = target.size();
 }
 
-SystemError MemoryFileSystem::write(MemoryNode& file, BytesView content) {
+std::uint64_t MemoryFileSystem::roomFor(const MemoryNode& file) const {
     const std::uint64_t others = tree_.usedBytes() - file.content.size();
-    const std::uint64_t room = capacity > others ? capacity - others : 0;
-    const auto fitting = static_cast<std::size_t>(std::min<std::uint64_t>(room, content.size()));
+    return capacity > others ? capacity - others : 0;
+}
+
+SystemError MemoryFileSystem::write(MemoryNode& file, BytesView content) {
+    const auto fitting =
+        static_cast<std::size_t>(std::min<std::uint64_t>(roomFor(file), content.size()));
     tree_.write(file, content.first(fitting), takeTime());
     return fitting == content.size() ? SystemError() : SystemError(ENOSPC);
 }
@@ -291,6 +297,57 @@ SystemError MemoryFileSystem::writeFile(std::string_view path, BytesView content
         file = &add(place.value(), FileKind::Regular, permissions);
     }
     return isReadOnly ? SystemError(EROFS) : write(*file, content);
+}
+
+Result<MemoryNode*> MemoryFileSystem::nodeToOpen(std::string_view path,
+                                                 const OpenOptions& options) {
+    if (options.create && path.ends_with('/')) {
+        // Refused whatever stands there, as `writeFile` does.
+        const auto place = find(path, Last::Name);
+        return place.ok() ? SystemError(EISDIR) : place.error();
+    }
+    const auto place = find(path, options.mustBeNew ? Last::Name : Last::Target);
+    if (!place.ok()) {
+        return place.error();
+    }
+    MemoryNode* const node = place.value().node;
+    if (node == nullptr && options.create) {
+        // A link may end in a slash.
+        const SystemError error =
+            place.value().endsInSlash ? SystemError(EISDIR) : errorOfNewName(place.value().name);
+        return error.isNone() ? Result(&add(place.value(), FileKind::Regular, options.permissions))
+                              : Result<MemoryNode*>(error);
+    }
+    if (node == nullptr || options.mustBeNew) {
+        return SystemError(node == nullptr ? ENOENT : EEXIST);
+    }
+    if (node->isFolder()) {
+        return SystemError(EISDIR);
+    }
+    return options.write && isReadOnly ? Result<MemoryNode*>(SystemError(EROFS)) : Result(node);
+}
+
+Result<std::unique_ptr<OpenFile>> MemoryFileSystem::open(std::string_view path,
+                                                         const OpenOptions& options) {
+    note("open", path);
+    if (!options.areConsistent()) {
+        return SystemError(EINVAL);
+    }
+    const auto node = nodeToOpen(path, options);
+    if (!node.ok()) {
+        return node.error();
+    }
+    return Result<std::unique_ptr<OpenFile>>(
+        std::make_unique<MemoryOpenFile>(*this, *node.value(), path, options));
+}
+
+SystemError MemoryFileSystem::syncFolder(std::string_view path) {
+    note("syncFolder", path);
+    const auto place = findExisting(path, Last::Target);
+    if (!place.ok()) {
+        return place.error();
+    }
+    return place.value().node->isFolder() ? SystemError() : SystemError(ENOTDIR);
 }
 
 SystemError MemoryFileSystem::createFolder(std::string_view path, std::uint32_t permissions) {

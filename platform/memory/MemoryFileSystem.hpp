@@ -3,6 +3,7 @@
 #include "platform/memory/MemoryTree.hpp"
 
 #include <limits>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,7 +12,8 @@ namespace tav {
 
 /// A file system in memory that answers as Linux does: folders, files and links (at most forty on a
 /// way), with a clock of its own and a journal of the calls. Permissions are kept but stop nobody,
-/// and a file has one name. Relative paths count from "/". One thread.
+/// and a file has one name. Relative paths count from "/". Must outlive the files that it opened.
+/// One thread.
 class MemoryFileSystem final : public FileSystem {
   public:
     /// Names that differ in case only are one name; what is listed is the spelling it was made
@@ -33,7 +35,8 @@ class MemoryFileSystem final : public FileSystem {
     /// The time of the next change.
     [[nodiscard]] Date now() const { return now_; }
 
-    /// Every call so far as "operation path" ("move from to", "createLink path target").
+    /// Every call so far as "operation path" ("move from to", "createLink path target"); those of
+    /// an open file as "OpenFile.operation path" with the path that it was opened by.
     [[nodiscard]] const std::vector<std::string>& calls() const { return calls_; }
     void clearCalls() { calls_.clear(); }
 
@@ -61,6 +64,9 @@ class MemoryFileSystem final : public FileSystem {
     Result<Data> readFile(std::string_view path, std::uint64_t maximumSize) override;
     SystemError writeFile(std::string_view path, BytesView content,
                           std::uint32_t permissions) override;
+    Result<std::unique_ptr<OpenFile>> open(std::string_view path,
+                                           const OpenOptions& options) override;
+    SystemError syncFolder(std::string_view path) override;
     SystemError createFolder(std::string_view path, std::uint32_t permissions) override;
     SystemError createLink(std::string_view path, std::string_view target) override;
     SystemError setPermissions(std::string_view path, std::uint32_t permissions) override;
@@ -69,6 +75,7 @@ class MemoryFileSystem final : public FileSystem {
     SystemError removeFolder(std::string_view path) override;
 
   private:
+    friend class MemoryOpenFile;
     using Last = MemoryTree::Last;
 
     void note(std::string_view operation, std::string_view path);
@@ -78,6 +85,9 @@ class MemoryFileSystem final : public FileSystem {
     [[nodiscard]] SystemError errorOfNewName(std::string_view name) const;
     MemoryNode& add(const MemoryPlace& place, FileKind kind, std::uint32_t permissions);
     void addLinkNode(const MemoryPlace& place, std::string_view target);
+    Result<MemoryNode*> nodeToOpen(std::string_view path, const OpenOptions& options);
+    /// The size that a file may have beside the others.
+    [[nodiscard]] std::uint64_t roomFor(const MemoryNode& file) const;
     SystemError write(MemoryNode& file, BytesView content);
     MemoryPlace stage(std::string_view path, Last last);
     Date takeTime();

@@ -159,8 +159,18 @@ void MemoryTree::removeNode(std::uint64_t number) {
         for (const auto& entry : found->second.entries) {
             doomed.push_back(entry.second);
         }
+        if (found->second.openFiles > 0) {
+            found->second.isRemoved = true;
+            continue;
+        }
         used_ -= found->second.content.size();
         nodes_.erase(found);
+    }
+}
+
+void MemoryTree::release(MemoryNode& file) {
+    if (--file.openFiles == 0 && file.isRemoved) {
+        removeNode(file.attributes.identity.number);
     }
 }
 
@@ -177,6 +187,20 @@ void MemoryTree::write(MemoryNode& file, BytesView content, Date now) {
     file.content.assign(content.begin(), content.end());
     used_ += file.content.size();
     file.attributes.size = file.content.size();
+    setChanged(file, now);
+}
+
+void MemoryTree::writeAt(MemoryNode& file, std::uint64_t offset, BytesView bytes, Date now) {
+    resize(file, std::max<std::uint64_t>(file.content.size(), offset + bytes.size()), now);
+    std::copy(bytes.begin(), bytes.end(),
+              file.content.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+void MemoryTree::resize(MemoryNode& file, std::uint64_t size, Date now) {
+    used_ -= file.content.size();
+    file.content.resize(static_cast<std::size_t>(size));
+    used_ += file.content.size();
+    file.attributes.size = size;
     setChanged(file, now);
 }
 

@@ -17,6 +17,10 @@ struct MemoryNode {
     FileAttributes attributes;
     Data content;       ///< Of a file.
     std::string target; ///< Of a link.
+    /// How many open files hold it.
+    std::size_t openFiles = 0;
+    /// Removed or replaced: only open files know it.
+    bool isRemoved = false;
     /// Of a folder: the numbers of its nodes by their names.
     std::map<std::string, std::uint64_t, std::less<>> entries;
 
@@ -68,6 +72,15 @@ class MemoryTree {
     void move(const MemoryPlace& from, const MemoryPlace& to, Date now);
     /// Puts new content into a file.
     void write(MemoryNode& file, BytesView content, Date now);
+    /// Puts bytes at an offset, behind zeros where the file is shorter.
+    void writeAt(MemoryNode& file, std::uint64_t offset, BytesView bytes, Date now);
+    /// Cuts a file or adds zeros.
+    void resize(MemoryNode& file, std::uint64_t size, Date now);
+
+    /// Holds a file, so that it stays with its content when it is removed.
+    static void hold(MemoryNode& file) { ++file.openFiles; }
+    /// Lets go what was held; what is removed is gone with the last.
+    void release(MemoryNode& file);
 
     [[nodiscard]] FileKind kindOf(std::uint64_t number) const {
         return nodes_.at(number).attributes.kind;

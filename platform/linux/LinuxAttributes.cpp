@@ -1,0 +1,78 @@
+#include "platform/linux/LinuxAttributes.hpp"
+
+#include "platform/linux/Descriptor.hpp"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+namespace tav {
+
+namespace {
+
+constexpr std::uint32_t permissionBits = 07777;
+
+Date dateOf(const struct ::statx_timestamp& time) {
+    // Whole seconds are moved to 2001 first: a double then keeps more of the fraction.
+    const auto seconds =
+        double(time.tv_sec) - Date::secondsFrom1970To2001; // exact: both are whole numbers
+    return Date(seconds + double(time.tv_nsec) / 1e9);
+}
+
+std::int64_t nanosecondsOf(const struct ::statx_timestamp& time) {
+    // Wraps for a date that no disk honestly has: it only has to tell files apart.
+    const auto nanoseconds =
+        static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000U + time.tv_nsec;
+    return static_cast<std::int64_t>(nanoseconds);
+}
+
+} // namespace
+
+FileKind kindOfMode(unsigned int mode) {
+    switch (mode & S_IFMT) {
+    case S_IFREG:
+        return FileKind::Regular;
+    case S_IFDIR:
+        return FileKind::Folder;
+    case S_IFLNK:
+        return FileKind::Link;
+    case S_IFIFO:
+        return FileKind::Pipe;
+    case S_IFSOCK:
+        return FileKind::Socket;
+    case S_IFCHR:
+    case S_IFBLK:
+        return FileKind::Device;
+    default:
+        return FileKind::Unknown;
+    }
+}
+
+Result<FileAttributes> attributesAt(int folder, const char* path, int flags) {
+    struct ::statx status {};
+    const int answer = retryInterrupted([&] {
+        return ::statx(folder, path, flags | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME,
+                       &status);
+    });
+    if (answer < 0) {
+        return SystemError(errno);
+    }
+    FileAttributes attributes;
+    attributes.kind = kindOfMode(status.stx_mode);
+    attributes.permissions = status.stx_mode & permissionBits;
+    attributes.user = status.stx_uid;
+    attributes.group = status.stx_gid;
+    attributes.size = status.stx_size;
+    attributes.identity.device = ::makedev(status.stx_dev_major, status.stx_dev_minor);
+    attributes.identity.number = status.stx_ino;
+    if ((status.stx_mask & STATX_BTIME) != 0) {
+        attributes.identity.birthNanoseconds = nanosecondsOf(status.stx_btime);
+    }
+    attributes.modificationDate = dateOf(status.stx_mtime);
+    attributes.changeDate = dateOf(status.stx_ctime);
+    return attributes;
+}
+
+} // namespace tav

@@ -1,0 +1,93 @@
+#include "platform/linux/LinuxOpenFile.hpp"
+
+#include "platform/linux/LinuxAttributes.hpp"
+
+#include <cerrno>
+#include <limits>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tav {
+
+// The kernel itself answers EBADF for the number of a closed descriptor; a transfer of nothing does
+// not reach it.
+
+namespace {
+
+constexpr auto largestOffset = static_cast<std::uint64_t>(std::numeric_limits<::off_t>::max());
+
+} // namespace
+
+Result<FileAttributes> LinuxOpenFile::attributes() {
+    return attributesAt(file_.number(), "", AT_EMPTY_PATH);
+}
+
+Result<std::size_t> LinuxOpenFile::read(std::span<std::byte> buffer) {
+    return file_.isOpen() ? readFully(file_, buffer) : SystemError(EBADF);
+}
+
+Result<std::size_t> LinuxOpenFile::readAt(std::uint64_t offset, std::span<std::byte> buffer) {
+    if (!file_.isOpen()) {
+        return SystemError(EBADF);
+    }
+    if (offset > largestOffset) {
+        return SystemError(EINVAL);
+    }
+    return transferFully(buffer.size(), [&](std::size_t done, std::size_t remaining) {
+        return ::pread(file_.number(), buffer.data() + done, remaining,
+                       static_cast<::off_t>(offset + done));
+    });
+}
+
+Result<std::size_t> LinuxOpenFile::writeOnce(BytesView bytes) {
+    if (!canWrite()) {
+        return SystemError(EBADF);
+    }
+    const ::ssize_t written =
+        retryInterrupted([&] { return ::write(file_.number(), bytes.data(), bytes.size()); });
+    return written < 0 ? Result<std::size_t>(SystemError(errno))
+                       : Result(static_cast<std::size_t>(written));
+}
+
+SystemError LinuxOpenFile::write(BytesView bytes) {
+    return canWrite() ? writeFully(file_, bytes) : SystemError(EBADF);
+}
+
+Result<std::uint64_t> LinuxOpenFile::position() {
+    const ::off_t offset = ::lseek(file_.number(), 0, SEEK_CUR);
+    return offset < 0 ? Result<std::uint64_t>(SystemError(errno))
+                      : Result(static_cast<std::uint64_t>(offset));
+}
+
+SystemError LinuxOpenFile::setPosition(std::uint64_t offset) {
+    if (!file_.isOpen()) {
+        return SystemError(EBADF);
+    }
+    if (offset > largestOffset) {
+        return SystemError(EINVAL);
+    }
+    return ::lseek(file_.number(), static_cast<::off_t>(offset), SEEK_SET) < 0 ? SystemError(errno)
+                                                                               : SystemError();
+}
+
+SystemError LinuxOpenFile::setSize(std::uint64_t size) {
+    if (!canWrite()) {
+        return SystemError(EBADF); // the kernel has EINVAL for this
+    }
+    if (size > largestOffset) {
+        return SystemError(EFBIG);
+    }
+    const int answer =
+        retryInterrupted([&] { return ::ftruncate(file_.number(), static_cast<::off_t>(size)); });
+    return answer < 0 ? SystemError(errno) : SystemError();
+}
+
+SystemError LinuxOpenFile::sync() {
+    return retryInterrupted([&] { return ::fsync(file_.number()); }) < 0 ? SystemError(errno)
+                                                                         : SystemError();
+}
+
+SystemError LinuxOpenFile::close() { return file_.isOpen() ? file_.close() : SystemError(EBADF); }
+
+} // namespace tav

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/OpenFile.hpp"
+#include "platform/linux/Descriptor.hpp"
+
+namespace tav {
+
+/// A regular file held open by a descriptor of the kernel, which has the position.
+class LinuxOpenFile final : public OpenFile {
+  public:
+    /// `isWritable`: whether the descriptor was opened for writing, too.
+    LinuxOpenFile(Descriptor file, bool isWritable)
+        : file_(std::move(file)), isWritable_(isWritable) {}
+
+    Result<FileAttributes> attributes() override;
+    Result<std::size_t> read(std::span<std::byte> buffer) override;
+    Result<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> buffer) override;
+    Result<std::size_t> writeOnce(BytesView bytes) override;
+    SystemError write(BytesView bytes) override;
+    Result<std::uint64_t> position() override;
+    SystemError setPosition(std::uint64_t offset) override;
+    SystemError setSize(std::uint64_t size) override;
+    SystemError sync() override;
+    SystemError close() override;
+
+  private:
+    [[nodiscard]] bool canWrite() const { return file_.isOpen() && isWritable_; }
+
+    Descriptor file_;
+    bool isWritable_;
+};
+
+} // namespace tav

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/memory/FaultyFileSystem.hpp"
+
+#include <memory>
+
+namespace tav {
+
+/// A file that a `FaultyFileSystem` opened, whose calls count there.
+class FaultyOpenFile final : public OpenFile {
+  public:
+    FaultyOpenFile(FaultyFileSystem& files, std::unique_ptr<OpenFile> inner)
+        : files_(files), inner_(std::move(inner)) {}
+
+    Result<FileAttributes> attributes() override;
+    Result<std::size_t> read(std::span<std::byte> buffer) override;
+    Result<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> buffer) override;
+    Result<std::size_t> writeOnce(BytesView bytes) override;
+    SystemError write(BytesView bytes) override;
+    Result<std::uint64_t> position() override;
+    SystemError setPosition(std::uint64_t offset) override;
+    SystemError setSize(std::uint64_t size) override;
+    SystemError sync() override;
+    SystemError close() override;
+
+  private:
+    FaultyFileSystem& files_;
+    std::unique_ptr<OpenFile> inner_;
+};
+
+} // namespace tav
