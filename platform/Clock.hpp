@@ -35,13 +35,16 @@ class Clock : public Seam<Clock, internal::realClock> {
 
     /// The calendar's clock; it may be set forward and back.
     virtual Date now() = 0;
-    /// The same in the local time zone.
+    /// The same in the local time zone, which is the one that the environment named when the
+    /// process first asked. After a change the program calls `tzset`; the new zone holds from the
+    /// next second on.
     virtual LocalTime localTime() = 0;
 
     /// Time since some moment in the past; only ever grows.
     virtual std::chrono::nanoseconds ticks() = 0;
     /// Waits on the condition until it is notified or `deadline` (of `ticks`) has come. Whether the
-    /// deadline has come. May return early, as conditions do.
+    /// deadline has come. May return early, as conditions do. The lock is held, of the mutex that
+    /// all waiters of this condition use, and is held again at the return.
     virtual bool waitUntil(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                            std::chrono::nanoseconds deadline) = 0;
 };
