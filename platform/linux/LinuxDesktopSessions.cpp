@@ -1,45 +1,21 @@
 #include "platform/DesktopSession.hpp"
+#include "platform/linux/Account.hpp"
 #include "platform/linux/LinuxProcessTable.hpp"
 #include "platform/linux/ProcRecords.hpp"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <optional>
 #include <string_view>
 
 #include <grp.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace tav::internal {
 namespace {
-
-/// What the host knows of a user.
-struct Account {
-    std::string name;
-    std::string home;
-    std::string shell;
-    std::uint32_t group = 0;
-};
-
-std::optional<Account> accountOf(std::uint32_t user) {
-    ::passwd entry;
-    ::passwd* found = nullptr;
-    std::vector<char> buffer(16384);
-    int error = 0;
-    while ((error = ::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found)) == ERANGE &&
-           buffer.size() < (1U << 20U)) {
-        buffer.resize(buffer.size() * 2);
-    }
-    if (error != 0 || found == nullptr) {
-        return std::nullopt;
-    }
-    return Account{entry.pw_name, entry.pw_dir, entry.pw_shell, entry.pw_gid};
-}
 
 std::vector<std::uint32_t> groupsOf(const Account& account) {
     std::vector<::gid_t> groups(64);
