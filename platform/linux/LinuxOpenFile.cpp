@@ -2,6 +2,7 @@
 
 #include "platform/linux/LinuxAttributes.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <limits>
 
@@ -34,7 +35,10 @@ Result<std::size_t> LinuxOpenFile::readAt(std::uint64_t offset, std::span<std::b
     if (offset > largestOffset) {
         return SystemError(EINVAL);
     }
-    return transferFully(buffer.size(), [&](std::size_t done, std::size_t remaining) {
+    // The kernel refuses to look for bytes beyond the largest offset, where there are none.
+    const auto size =
+        static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), largestOffset - offset));
+    return transferFully(size, [&](std::size_t done, std::size_t remaining) {
         return ::pread(file_.number(), buffer.data() + done, remaining,
                        static_cast<::off_t>(offset + done));
     });
