@@ -29,30 +29,31 @@ class FaultyFileSystemTest : public testing::Test {
             files.move("/b", "/c", Replace::No).number(),
             files.removeFile("/c").number(),
             files.removeFolder("/f").number(),
+            files.syncFolder("/").number(),
         };
     }
 };
 
 TEST_F(FaultyFileSystemTest, PassesEverythingOnAndCounts) {
-    EXPECT_EQ(doEverything(), std::vector<int>(13, 0));
-    EXPECT_EQ(files.callCount(), 13U);
+    EXPECT_EQ(doEverything(), std::vector<int>(14, 0));
+    EXPECT_EQ(files.callCount(), 14U);
     const std::vector<std::string> expected = {
         "attributes /a",   "targetAttributes /a", "folderEntries /", "createLink /l a",
         "linkTarget /l",   "canonicalPath /a",    "readFile /a",     "writeFile /b",
         "createFolder /f", "setPermissions /b",   "move /b /c",      "removeFile /c",
-        "removeFolder /f"};
+        "removeFolder /f", "syncFolder /"};
     EXPECT_EQ(memory.calls(), expected);
 }
 
 TEST_F(FaultyFileSystemTest, EachCallCanFailWithoutReachingTheOther) {
-    for (std::size_t number = 1; number <= 13; ++number) {
+    for (std::size_t number = 1; number <= 14; ++number) {
         memory.clearCalls();
         files.restartCount();
         files.failCall(number, EIO);
         const std::vector<int> errors = doEverything();
         EXPECT_EQ(errors.at(number - 1), EIO) << number;
-        EXPECT_EQ(memory.calls().size(), 12U) << number;
-        EXPECT_EQ(files.callCount(), 13U);
+        EXPECT_EQ(memory.calls().size(), 13U) << number;
+        EXPECT_EQ(files.callCount(), 14U);
         for (const std::string_view name : {"/l", "/b", "/c", "/f"}) {
             memory.removeAll(name);
         }
