@@ -26,9 +26,11 @@ class Preferences : public Seam<Preferences, internal::realPreferences> {
     virtual void registerDefaults(const Value::Dictionary& defaults) = 0;
     /// The stored value, otherwise the registered default, otherwise nothing.
     virtual std::optional<Value> value(std::string_view key) = 0;
-    /// Stores a value at once. When that fails the value still holds in this process.
+    /// Stores a value at once. When that fails the value still holds in this process, and is stored
+    /// with the next one that can be. EINVAL for a value that no XML property list holds (a key or
+    /// a text that is no UTF-8, say).
     virtual SystemError setValue(std::string_view key, const Value& value) = 0;
-    /// Takes the stored value away; the default answers again.
+    /// Takes the stored value away, in the same way; the default answers again.
     virtual SystemError removeValue(std::string_view key) = 0;
 
     /// The truth of `value(key)`; false without one.
