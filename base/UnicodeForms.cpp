@@ -1,6 +1,8 @@
 // Case folding and normal forms: what ICU does here needs none of its data tables, so that a
 // program may link it statically and stay small. Operations with a locale do not belong into this
 // file.
+#include "base/UnicodeForms.hpp"
+
 #include "base/CombiningMarks.hpp"
 #include "base/Unicode.hpp"
 #include "base/UnicodeBuffer.hpp"
@@ -51,19 +53,6 @@ std::u16string normalized(const UNormalizer2* form, std::u16string units) {
                                });
 }
 
-// Decomposed before the folding as well: some characters fold to what must then be put in order.
-std::u16string caselessUnits(std::string_view text) {
-    static const UNormalizer2* const decomposition = normalizer(&unorm2_getNFDInstance);
-    const std::u16string units = normalized(decomposition, utf16FromBytes(text));
-    return normalized(decomposition,
-                      internal::icuResult(units.size(), [&](char16_t* buffer, std::int32_t capacity,
-                                                            UErrorCode& error) {
-                          return u_strFoldCase(buffer, capacity, units.data(),
-                                               internal::icuLength(units.size()),
-                                               U_FOLD_CASE_DEFAULT, &error);
-                      }));
-}
-
 constexpr std::uint64_t inEveryByte(std::uint64_t byte) { return byte * 0x0101010101010101; }
 
 // Eight ASCII characters in lower case at once.
@@ -96,7 +85,26 @@ std::size_t commonASCIIPrefix(std::string_view a, std::string_view b) {
     return at;
 }
 
+std::u16string caselessUnits(std::string_view text) {
+    return internal::caselessUnits(utf16FromBytes(text));
+}
+
 } // namespace
+
+std::u16string internal::decomposedUnits(std::u16string units) {
+    static const UNormalizer2* const decomposition = normalizer(&unorm2_getNFDInstance);
+    return normalized(decomposition, std::move(units));
+}
+
+// Decomposed before the folding as well: some characters fold to what must then be put in order.
+std::u16string internal::caselessUnits(std::u16string units) {
+    units = decomposedUnits(std::move(units));
+    return decomposedUnits(
+        icuResult(units.size(), [&](char16_t* buffer, std::int32_t capacity, UErrorCode& error) {
+            return u_strFoldCase(buffer, capacity, units.data(), icuLength(units.size()),
+                                 U_FOLD_CASE_DEFAULT, &error);
+        }));
+}
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
     const std::size_t common = commonASCIIPrefix(a, b);
@@ -139,7 +147,7 @@ std::string decomposedString(std::string_view text) {
     if (isASCII(text)) {
         return std::string(text);
     }
-    return bytesFromUTF16(normalized(normalizer(&unorm2_getNFDInstance), utf16FromBytes(text)));
+    return bytesFromUTF16(internal::decomposedUnits(utf16FromBytes(text)));
 }
 
 std::string precomposedString(std::string_view text) {
