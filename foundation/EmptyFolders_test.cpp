@@ -151,12 +151,11 @@ TEST_P(RemoveDirectoryIfEmpty, NamesThatAreNoUTF8AreNames) {
 }
 
 TEST_P(RemoveDirectoryIfEmpty, PipesAreFiles) {
-    if (GetParam() != Kind::Real) {
-        GTEST_SKIP() << "only the host has pipes";
+    if (GetParam() == Kind::Real) { // in memory there are none
+        ASSERT_EQ(::mkfifo(path("top/pipe").c_str(), 0600), 0);
+        EXPECT_FALSE(goes());
+        EXPECT_TRUE(goes({"pipe"}));
     }
-    ASSERT_EQ(::mkfifo(path("top/pipe").c_str(), 0600), 0);
-    EXPECT_FALSE(goes());
-    EXPECT_TRUE(goes({"pipe"}));
 }
 
 TEST_P(RemoveDirectoryIfEmpty, AFaultBeforeTheRemovalKeepsEverything) {

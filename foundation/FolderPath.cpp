@@ -21,7 +21,10 @@ void recursivelyCreatePath(std::string_view path) {
     std::string folder = "/";
     for (std::size_t i = 1; i < components.size(); ++i) {
         folder += components[i];
-        static_cast<void>(files.createFolder(folder, 0777));
+        // No path gets shorter: where one is too long all others are.
+        if (files.createFolder(folder, 0777).number() == ENAMETOOLONG) {
+            return;
+        }
         folder += '/';
     }
 }
