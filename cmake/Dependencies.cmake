@@ -39,6 +39,23 @@ if(TAV_WITH_SDBUS)
     endif()
 endif()
 
+# Linked into nothing that does not import HTML: programs name the library, the linker takes it as needed.
+add_library(tav_gumbo INTERFACE)
+set(TAV_GUMBO FALSE)
+if(TAV_WITH_GUMBO)
+    find_path(TAV_GUMBO_HEADERS gumbo.h)
+    find_library(TAV_GUMBO_LIBRARY gumbo)
+    mark_as_advanced(TAV_GUMBO_HEADERS TAV_GUMBO_LIBRARY)
+    if(TAV_GUMBO_HEADERS AND TAV_GUMBO_LIBRARY)
+        set(TAV_GUMBO TRUE)
+        target_include_directories(tav_gumbo SYSTEM INTERFACE "${TAV_GUMBO_HEADERS}")
+        target_link_libraries(tav_gumbo INTERFACE
+            "-Wl,--push-state,--as-needed,${TAV_GUMBO_LIBRARY},--pop-state")
+    else()
+        message(STATUS "gumbo not found: HTML will be read by the plain importer")
+    endif()
+endif()
+
 if(TAV_BUILD_TESTS)
     find_package(GTest REQUIRED)
     find_package(nlohmann_json REQUIRED)
