@@ -49,23 +49,18 @@ class CharacterSet {
     }
 
     /// Whether no member is above U+007F.
-    [[nodiscard]] constexpr bool isASCII() const {
-        for (std::size_t at = 0x80 / wordBits; at < words_.size(); ++at) {
-            if (words_[at] != 0) {
-                return false;
-            }
-        }
-        return true;
-    }
+    [[nodiscard]] constexpr bool isASCII() const { return isASCII_; }
 
     constexpr void insert(char16_t unit) {
         words_[unit / wordBits] |= std::uint64_t{1} << (unit % wordBits);
+        isASCII_ = isASCII_ && unit < 0x80;
     }
 
     constexpr CharacterSet& operator|=(const CharacterSet& other) {
         for (std::size_t at = 0; at < words_.size(); ++at) {
             words_[at] |= other.words_[at];
         }
+        isASCII_ = isASCII_ && other.isASCII_;
         return *this;
     }
     [[nodiscard]] friend constexpr CharacterSet operator|(CharacterSet a, const CharacterSet& b) {
@@ -79,6 +74,7 @@ class CharacterSet {
     static constexpr std::size_t wordBits = 64;
 
     std::array<std::uint64_t, unitCount / wordBits> words_{};
+    bool isASCII_ = true;
 };
 
 } // namespace tav
