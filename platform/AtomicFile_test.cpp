@@ -327,6 +327,28 @@ TEST_F(AtomicFileWithFaults, EachStepComesInItsOrder) {
                             "move " + sibling + " /d/f", "syncFolder /d"}));
 }
 
+TEST_F(AtomicFileWithFaults, ASiblingsNameIsShortAndEndsInAWholeCharacter) {
+    const auto siblingOf = [this](const std::string& name) {
+        memory.clearCalls();
+        EXPECT_TRUE(put("/" + name).isNone());
+        const std::string open = memory.calls().at(2);
+        return open.substr(open.find('/') + 1);
+    };
+    std::string umlauts;
+    for (int number = 0; number < 100; ++number) {
+        umlauts += "\xC3\xA9";
+    }
+    for (const std::string& name : {umlauts, "x" + umlauts}) {
+        const std::string sibling = siblingOf(name);
+        EXPECT_LT(sibling.size(), 143U); // what an encrypted file system has room for
+        const std::size_t digits = sibling.rfind('.', sibling.rfind('.') - 1);
+        EXPECT_EQ(sibling[digits - 1], '\xA9') << sibling;
+    }
+    // Where there are no characters, bytes are cut.
+    EXPECT_TRUE(siblingOf(std::string(255, '\x80')).starts_with("."));
+    EXPECT_NE(siblingOf("f"), siblingOf("f"));
+}
+
 TEST_F(AtomicFileWithFaults, ASiblingIsNobodyElsesUntilItHasThePermissions) {
     memory.addFile("/f", "old");
     ASSERT_TRUE(memory.setPermissions("/f", 0644).isNone());
