@@ -127,6 +127,7 @@ class Daemon {
             ::mount("none", "/dev", "tmpfs", 0, nullptr) != 0) {
             return false;
         }
+        ::closelog(); // a connection to the host's own daemon from before the fork
         socket_ = Descriptor(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
         const ::sockaddr_un address{AF_UNIX, "/dev/log"};
         return ::bind(socket_.number(), reinterpret_cast<const ::sockaddr*>(&address),
