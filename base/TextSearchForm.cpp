@@ -141,12 +141,12 @@ SearchForm searchForm(std::u16string_view text, TextRange range, unsigned option
 }
 
 std::optional<std::size_t> SearchForm::Cursor::firstAt(std::size_t place) {
-    const std::vector<Boundary>& boundaries = *boundaries_;
-    while (at_ < boundaries.size() && boundaries[at_].inForm < place) {
+    const std::vector<Boundary>& all = *boundaries_;
+    while (at_ < all.size() && all[at_].inForm < place) {
         ++at_;
     }
-    return at_ < boundaries.size() && boundaries[at_].inForm == place
-               ? std::optional<std::size_t>(boundaries[at_].inText)
+    return at_ < all.size() && all[at_].inForm == place
+               ? std::optional<std::size_t>(all[at_].inText)
                : std::nullopt;
 }
 
