@@ -130,9 +130,11 @@ class Sibling {
         SystemError error(EEXIST);
         for (int tries = 0; error == SystemError(EEXIST) && tries < mostTries; ++tries) {
             std::string path = destination.pathOf(siblingName(destination.name));
-            auto file = files_.open(
-                path,
-                {.write = true, .create = true, .mustBeNew = true, .permissions = permissions});
+            auto file = files_.open(path, {.write = true,
+                                           .create = true,
+                                           .mustBeNew = true,
+                                           .append = true,
+                                           .permissions = permissions});
             error = file.error();
             if (file.ok()) {
                 path_ = std::move(path);
@@ -148,11 +150,10 @@ class Sibling {
         if (error.isNone() && permissions) {
             error = files_.setPermissions(path_, *permissions);
         }
-        if (error.isNone()) {
-            error = file_->sync();
-        }
-        return error.isNone() ? file_->close() : error;
+        return error.isNone() ? file_->sync() : error;
     }
+
+    SystemError close() { return file_->close(); }
 
     /// Takes the place of what stands there.
     SystemError moveTo(const std::string& path) {
@@ -163,16 +164,24 @@ class Sibling {
         return error;
     }
 
+    std::unique_ptr<OpenFile> takeFile() { return std::move(file_); }
+
   private:
     FileSystem& files_;
     std::string path_; ///< Empty when there is nothing to remove.
     std::unique_ptr<OpenFile> file_;
 };
 
-} // namespace
+enum class Afterwards { Close, StayOpen };
 
-SystemError writeFileAtomically(std::string_view path, BytesView content,
-                                std::uint32_t permissions) {
+/// What was written, and how the last step went, which undoes nothing.
+struct Replaced {
+    std::unique_ptr<OpenFile> file;
+    SystemError syncOfFolder;
+};
+
+Result<Replaced> replace(std::string_view path, BytesView content, std::uint32_t permissions,
+                         Afterwards afterwards) {
     FileSystem& files = FileSystem::current();
     const auto found = destinationOf(files, path);
     if (!found.ok()) {
@@ -185,6 +194,9 @@ SystemError writeFileAtomically(std::string_view path, BytesView content,
     if (error.isNone()) {
         error = sibling.fill(content, destination.permissions);
     }
+    if (error.isNone() && afterwards == Afterwards::Close) {
+        error = sibling.close();
+    }
     if (error.isNone()) {
         error = sibling.moveTo(destination.pathOf(destination.name));
     }
@@ -192,7 +204,24 @@ SystemError writeFileAtomically(std::string_view path, BytesView content,
         return error;
     }
     error = files.syncFolder(destination.folder);
-    return cannotSync(error) ? SystemError() : error;
+    return Replaced{sibling.takeFile(), cannotSync(error) ? SystemError() : error};
+}
+
+} // namespace
+
+SystemError writeFileAtomically(std::string_view path, BytesView content,
+                                std::uint32_t permissions) {
+    const auto replaced = replace(path, content, permissions, Afterwards::Close);
+    return replaced.ok() ? replaced.value().syncOfFolder : replaced.error();
+}
+
+Result<std::unique_ptr<OpenFile>> replaceFileAtomically(std::string_view path, BytesView content,
+                                                        std::uint32_t permissions) {
+    auto replaced = replace(path, content, permissions, Afterwards::StayOpen);
+    if (!replaced.ok()) {
+        return replaced.error();
+    }
+    return std::move(replaced.value().file);
 }
 
 } // namespace tav

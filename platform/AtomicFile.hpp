@@ -4,9 +4,12 @@
 #include "base/Result.hpp"
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 namespace tav {
+
+class OpenFile;
 
 /// Puts a file with this content at a path, whole or not at all: whoever reads finds the old
 /// content or the new, also after the process or the machine has stopped at any moment. One way for
@@ -26,5 +29,10 @@ namespace tav {
 /// is killed may leave the sibling behind.
 SystemError writeFileAtomically(std::string_view path, BytesView content,
                                 std::uint32_t permissions = 0666);
+
+/// The same, and answers the new file, open for reading and appending: for whoever holds the old
+/// one open and goes on with the new. The file is answered, too, when the folder cannot be synced.
+[[nodiscard]] Result<std::unique_ptr<OpenFile>>
+replaceFileAtomically(std::string_view path, BytesView content, std::uint32_t permissions = 0666);
 
 } // namespace tav

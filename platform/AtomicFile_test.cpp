@@ -454,6 +454,26 @@ TEST_F(AtomicFileWithFaults, ATakenNameIsTriedAgainButNotForever) {
     EXPECT_LT(files.callCount(), 100U);
 }
 
+TEST_F(AtomicFileWithFaults, TheNewFileStaysOpenForReadingAndAppending) {
+    memory.addFile("/f", "old");
+    const auto file = replaceFileAtomically("/f", bytesOf(fresh));
+    ASSERT_TRUE(file.ok());
+    ASSERT_TRUE(file.value()->setPosition(0).isNone());
+    ASSERT_TRUE(file.value()->write(bytesOf(" and more")).isNone());
+    EXPECT_EQ(contentOf(memory, "/f"), std::string(fresh) + " and more");
+    EXPECT_EQ(namesIn(memory, "/"), Names{"f"});
+    Data first(1);
+    EXPECT_TRUE(file.value()->readAt(0, first).ok());
+
+    // The last step undoes nothing.
+    files.failOperation("syncFolder", EIO);
+    EXPECT_TRUE(replaceFileAtomically("/f", bytesOf("again")).ok());
+    EXPECT_EQ(contentOf(memory, "/f"), "again");
+    files.failOperation("OpenFile.sync", EIO);
+    EXPECT_EQ(replaceFileAtomically("/f", bytesOf("never")).error(), SystemError(EIO));
+    EXPECT_EQ(contentOf(memory, "/f"), "again");
+}
+
 TEST_F(AtomicFileWithFaults, WhereCaseDoesNotMatterTheFileIsReplacedToo) {
     memory.isCaseInsensitive = true;
     memory.addFile("/Name", "old");
