@@ -323,6 +323,7 @@ TEST_F(LinuxPreferencesTest, WithoutFreeDescriptorsTheFileStays) {
                       }
                       taken.push_back(std::move(one).value());
                   }
+                  taken.pop_back(); // one for the lock, none for the file
                   const bool isRefused = preferences.setValue("b", 2) == SystemError(EMFILE) &&
                                          preferences.value("b") == Value(2);
                   taken.clear();

@@ -1,6 +1,7 @@
 #include "platform/memory/MemoryClock.hpp"
 
 #include <atomic>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -71,6 +72,7 @@ class Waiter {
         const std::lock_guard lock(mutex_);
         return isOver_;
     }
+    [[nodiscard]] std::unique_lock<std::mutex> hold() { return std::unique_lock(mutex_); }
     void notify() {
         const std::lock_guard lock(mutex_);
         condition_.notify_all();
@@ -109,6 +111,25 @@ TEST(MemoryClock, ANotificationEndsTheWaitEarly) {
     EXPECT_FALSE(waiter.isOver());
     clock.awaitWaiters();
     clock.advance(1s);
+    EXPECT_TRUE(waiter.isOver());
+}
+
+TEST(MemoryClock, AdvancingReturnsWhenWhoWasWokenHoldsHisLock) {
+    MemoryClock clock;
+    Waiter waiter(clock, 1s);
+    clock.awaitWaiters();
+    std::atomic<bool> hasReturned = false;
+    std::thread advancer;
+    {
+        const std::unique_lock held = waiter.hold();
+        advancer = std::thread([&] {
+            clock.advance(1s);
+            hasReturned = true;
+        });
+        std::this_thread::sleep_for(20ms);
+        EXPECT_FALSE(hasReturned);
+    }
+    advancer.join();
     EXPECT_TRUE(waiter.isOver());
 }
 
