@@ -135,6 +135,23 @@ TEST_P(CopyFile, ACancelRemovesWhatCameToStandAtTheSource) {
     EXPECT_EQ(read("from"), "new");
 }
 
+TEST_P(CopyFile, AFailureRemovesWhatCameToStandAtTheSource) {
+    makeFile("from", "content");
+    reports.action = [&] { makeFile("from", "new"); };
+    faulty.failOperation("OpenFile.write", ENOSPC);
+    EXPECT_EQ(copy("from", "to"), statusFromErrorNumber(ENOSPC));
+    EXPECT_EQ(reports.all.size(), 1U);
+    EXPECT_FALSE(stands("from"));
+}
+
+TEST_P(CopyFile, AFolderThatCameToStandAtTheSourceStays) {
+    makeFile("from", "content");
+    reports.cancelAt = 1;
+    reports.action = [&] { makeFolder("from"); };
+    EXPECT_EQ(copy("from", "to"), Status::Failure);
+    EXPECT_TRUE(isFolder("from"));
+}
+
 TEST_P(CopyFile, ACancelBetweenStepsKeepsWhatWasWritten) {
     const std::string content = pattern(0x90000);
     makeFile("from", content);

@@ -68,8 +68,8 @@ using FileCopyProgress = int (*)(void* context, std::uint64_t step, std::uint64_
                                  std::uint64_t total);
 
 /// Copies a file's content and REMOVES THE SOURCE: as soon as it is open, whatever happens next,
-/// and once more (what may stand there by then) when the copy fails or is cancelled. After a
-/// failure the content may thus be lost; what was written stays at the destination.
+/// and once more (what may stand there by then, but no folder) when the copy fails or is cancelled.
+/// After a failure the content may thus be lost; what was written stays at the destination.
 ///
 /// The destination must be new; missing folders on its way are made as by `recursivelyCreatePath`.
 /// Its permissions are 0666 less the process's mask. The progress function (null for none) is
