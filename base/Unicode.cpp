@@ -1,5 +1,7 @@
 #include "base/Unicode.hpp"
 
+#include "base/DecodedCharacter.hpp"
+
 #include <cstdint>
 #include <cstring>
 
@@ -7,8 +9,9 @@ namespace tav {
 
 namespace {
 
+using internal::escapeBase;
+
 constexpr char16_t replacement = 0xFFFD;
-constexpr char16_t escapeBase = 0xDC00; // the escape of byte b is escapeBase + b
 
 constexpr bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
 constexpr bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
@@ -32,39 +35,6 @@ std::size_t asciiPrefixLength(const char* bytes, std::size_t size) {
     return at;
 }
 
-struct Decoded {
-    char32_t character;
-    std::size_t length; // 0: the first byte begins no well-formed sequence
-};
-
-// The character at the front of bytes that are not empty.
-Decoded decodeCharacter(std::string_view bytes) {
-    const auto byteAt = [&](std::size_t at) {
-        return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0U;
-    };
-    const auto continues = [&](std::size_t at) { return (byteAt(at) & 0xC0U) == 0x80U; };
-    const unsigned first = byteAt(0);
-    const unsigned second = byteAt(1);
-    if (first < 0x80) {
-        return {first, 1};
-    }
-    if (first >= 0xC2 && first <= 0xDF && continues(1)) {
-        return {(first & 0x1FU) << 6 | (second & 0x3FU), 2};
-    }
-    if ((first & 0xF0U) == 0xE0 && continues(1) && continues(2)) {
-        const char32_t character =
-            (first & 0x0FU) << 12 | (second & 0x3FU) << 6 | (byteAt(2) & 0x3FU);
-        const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
-        return {character, character >= 0x800 && !isSurrogate ? 3U : 0U};
-    }
-    if (first >= 0xF0 && first <= 0xF4 && continues(1) && continues(2) && continues(3)) {
-        const char32_t character = (first & 0x07U) << 18 | (second & 0x3FU) << 12 |
-                                   (byteAt(2) & 0x3FU) << 6 | (byteAt(3) & 0x3FU);
-        return {character, character >= 0x10000 && character <= 0x10FFFF ? 4U : 0U};
-    }
-    return {0, 0};
-}
-
 // Calls `ascii(view)` for runs of ASCII, `other(character)` for every other character and
 // `wrong(byte)` for every byte that belongs to none.
 template <class ASCII, class Other, class Wrong>
@@ -75,7 +45,7 @@ void walk(std::string_view bytes, ASCII ascii, Other other, Wrong wrong) {
             bytes.remove_prefix(run);
             continue;
         }
-        const Decoded decoded = decodeCharacter(bytes);
+        const internal::DecodedCharacter decoded = internal::decodedCharacter(bytes);
         if (decoded.length == 0) {
             wrong(static_cast<unsigned char>(bytes.front()));
             bytes.remove_prefix(1);
@@ -133,7 +103,7 @@ bool isValidUTF8(std::string_view bytes) {
         if (bytes.empty()) {
             return true;
         }
-        const std::size_t length = decodeCharacter(bytes).length;
+        const std::size_t length = internal::decodedCharacter(bytes).length;
         if (length == 0) {
             return false;
         }

@@ -1,9 +1,11 @@
 #include "foundation/WindowsFilename.hpp"
 
+#include "base/DecodedCharacter.hpp"
 #include "base/Transliteration.hpp"
 #include "base/Unicode.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -36,9 +38,6 @@ template <Null null>
 constexpr char replacedCharacter(unsigned char c) {
     return isReplaced<null>(c) ? substitute : static_cast<char>(c);
 }
-
-constexpr bool isSpelled(char16_t unit) { return unit > 126; }
-constexpr bool isPlain(char16_t unit) { return unit >= 32 && !isSpelled(unit); }
 
 constexpr bool agreesWithTheSet() {
     for (unsigned c = 0; c < 128; ++c) {
@@ -123,27 +122,6 @@ std::string replacedName(std::string_view name) {
     return result;
 }
 
-// Whether all bytes are from `least` to 126.
-bool hasOnlyBytesFrom(char least, std::string_view text) {
-    // As signed numbers bytes above 127 are below all others.
-    __m128i outside = _mm_setzero_si128();
-    forEachBlock(text, [&](auto size, std::size_t at) {
-        __m128i block = load<size>(text.data() + at);
-        if constexpr (size < sizeof block) {
-            block = _mm_unpacklo_epi64(block, block);
-        }
-        if constexpr (size < sizeof block / 2) {
-            block = _mm_shuffle_epi32(block, 0);
-        }
-        if constexpr (size == 1) {
-            block = _mm_set1_epi8(text[at]);
-        }
-        outside = _mm_or_si128(outside, _mm_cmplt_epi8(block, _mm_set1_epi8(least)));
-        outside = _mm_or_si128(outside, _mm_cmpgt_epi8(block, _mm_set1_epi8(126)));
-    });
-    return _mm_movemask_epi8(outside) == 0;
-}
-
 #else
 
 template <Null null>
@@ -155,36 +133,106 @@ std::string replacedName(std::string_view name) {
     return result;
 }
 
-// Whether all bytes are from `least` to 126.
-bool hasOnlyBytesFrom(char least, std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [&](char character) {
-        const auto byte = static_cast<unsigned char>(character);
-        return byte >= static_cast<unsigned char>(least) && byte <= 126;
-    });
-}
-
 #endif
 
-// The text with units spelled in hexadecimal where `spells` says so; `map` is for the others, which
-// are ASCII.
-template <class Spells, class Map>
-std::string spelled(std::string_view text, const Spells& spells, const Map& map) {
-    const std::u16string units = utf16FromBytes(text);
-    const auto count = static_cast<std::size_t>(std::count_if(units.begin(), units.end(), spells));
-    std::string result(units.size() + 4 * count, '\0');
-    char* out = result.data();
-    for (const char16_t unit : units) {
-        if (spells(unit)) {
-            constexpr std::string_view digits = "0123456789ABCDEF";
-            *out++ = 'U';
-            *out++ = digits[unit >> 12];
-            *out++ = digits[unit >> 8 & 15];
-            *out++ = digits[unit >> 4 & 15];
-            *out++ = digits[unit & 15];
-        } else {
-            *out++ = map(static_cast<unsigned char>(unit));
+// Whether all bytes are from `least` to 126. Eight at a time: a byte outside leaves its top bit,
+// and carries and borrows go only from bytes that do.
+bool hasOnlyBytesFrom(std::uint64_t least, std::string_view text) {
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    const auto outside = [&](std::uint64_t word) {
+        return word | (word + ones) | ((word - ones * least) & ~word);
+    };
+    const auto wordAt = [&](std::size_t at) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        return word;
+    };
+    constexpr std::size_t size = sizeof(std::uint64_t);
+    std::uint64_t found = 0;
+    for (std::size_t at = 0; at + size <= text.size(); at += size) {
+        found |= outside(wordAt(at));
+    }
+    if (text.size() >= size) {
+        found |= outside(wordAt(text.size() - size));
+    } else {
+        for (const char character : text) {
+            found |= outside(ones * static_cast<unsigned char>(character));
         }
     }
+    return (found & ones * 0x80) == 0;
+}
+
+struct TwoDigits {
+    char digits[2];
+};
+
+constexpr std::array<TwoDigits, 256> twoDigits = [] {
+    std::array<TwoDigits, 256> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        table[byte] = {{"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]}};
+    }
+    return table;
+}();
+
+constexpr std::size_t spelledLength = 5;
+
+char* spell(char* out, char32_t unit) {
+    *out = 'U';
+    std::memcpy(out + 1, &twoDigits[unit >> 8], 2);
+    std::memcpy(out + 3, &twoDigits[unit & 0xFF], 2);
+    return out + spelledLength;
+}
+
+// What is written for a byte: a character, or 0 where a unit is spelled.
+using ByteMap = std::array<char, 256>;
+
+template <class Map>
+constexpr ByteMap byteMap(unsigned least, const Map& map) {
+    ByteMap table{};
+    for (unsigned c = least; c <= 126; ++c) {
+        table[c] = map(static_cast<unsigned char>(c));
+    }
+    return table;
+}
+
+constexpr ByteMap forNames = byteMap(0, &replacedCharacter<Null::IsReplaced>);
+constexpr ByteMap forTexts = byteMap(' ', [](unsigned char c) { return static_cast<char>(c); });
+
+// Answers the end of what was written.
+char* writeSpelled(std::string_view text, const ByteMap& map, char* out) {
+    while (!text.empty()) {
+        const auto first = static_cast<unsigned char>(text.front());
+        if (map[first] != '\0') {
+            *out++ = map[first];
+            text.remove_prefix(1);
+            continue;
+        }
+        const auto [character, length] = internal::decodedCharacter(text);
+        if (length == 0) {
+            out = spell(out, char32_t{internal::escapeBase} + first);
+        } else if (character < 0x10000) {
+            out = spell(out, character);
+        } else {
+            out = spell(out, 0xD800 + ((character - 0x10000) >> 10));
+            out = spell(out, 0xDC00 + (character & 0x3FF));
+        }
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return out;
+}
+
+// The text with units spelled in hexadecimal. A unit takes at least one byte of the text. Names go
+// by way of the stack, so that the result is allocated once and as long as it is.
+std::string spelled(std::string_view text, const ByteMap& map) {
+    constexpr std::size_t longestName = 256;
+    if (text.size() <= longestName) {
+        char buffer[spelledLength * longestName];
+        return {buffer, writeSpelled(text, map, buffer)};
+    }
+    std::string result(spelledLength * text.size(), '\0');
+    const char* const end = writeSpelled(text, map, result.data());
+    result.resize(static_cast<std::size_t>(end - result.data()));
+    result.shrink_to_fit();
     return result;
 }
 
@@ -230,9 +278,8 @@ std::string windowsValidFilename(std::string_view name) {
 }
 
 std::string windowsValidFilenameByTranscodingNonASCIIChars(std::string_view name) {
-    std::string result = hasOnlyBytesFrom('\0', name)
-                             ? replacedName<Null::IsReplaced>(name)
-                             : spelled(name, &isSpelled, &replacedCharacter<Null::IsReplaced>);
+    std::string result = hasOnlyBytesFrom('\0', name) ? replacedName<Null::IsReplaced>(name)
+                                                      : spelled(name, forNames);
     if (!result.empty() && result.back() == '.') {
         result.back() = substitute;
     }
@@ -240,12 +287,7 @@ std::string windowsValidFilenameByTranscodingNonASCIIChars(std::string_view name
 }
 
 std::string stringByTranscodingNonASCIIChars(std::string_view text) {
-    if (hasOnlyBytesFrom(' ', text)) {
-        return std::string(text);
-    }
-    return spelled(
-        text, [](char16_t unit) { return !isPlain(unit); },
-        [](unsigned char c) { return static_cast<char>(c); });
+    return hasOnlyBytesFrom(' ', text) ? std::string(text) : spelled(text, forTexts);
 }
 
 } // namespace tav
