@@ -1,8 +1,10 @@
 #pragma once
 
 #include "base/Data.hpp"
+#include "base/PropertyList.hpp"
 #include "base/Value.hpp"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,5 +22,15 @@ void append(std::string& out, const Value& value);
 /// What stands for a text, or for bytes, by itself.
 void appendText(std::string& out, std::string_view text);
 void appendBytes(std::string& out, BytesView bytes);
+
+/// The value of a text in UTF-8, or in UTF-16 with a byte-order mark; nothing when it is none, and
+/// `outError`, which may be null, tells why. Numbers and dates are texts; of equal keys the last
+/// counts; bytes that are no UTF-8 stay as they are, and come back from the escape that `write`
+/// gives them. A text at the top that is followed by more is a strings file, a dictionary without
+/// braces; white space and comments alone are an empty one. Depth is limited to
+/// `PropertyList::maximumDepth`, time and memory are linear. docs/formats/old-style.md has the
+/// whole form.
+[[nodiscard]] std::optional<Value> read(std::string_view text, PropertyList::Error* outError);
+[[nodiscard]] std::optional<Value> read(BytesView bytes, PropertyList::Error* outError);
 
 } // namespace tav::OldStyleText

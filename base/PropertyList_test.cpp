@@ -1,3 +1,4 @@
+#include "base/OldStyleText.hpp"
 #include "base/PropertyList.hpp"
 
 #include <bit>
@@ -101,6 +102,69 @@ TEST(PropertyList, TheBytesTellTheForm) {
     EXPECT_EQ(error.line, 1U);
     EXPECT_FALSE(PropertyList::readXML(bytesOf("bplist00"), nullptr));
     EXPECT_FALSE(PropertyList::readBinary(bytesOf("<plist><true/></plist>"), nullptr));
+}
+
+TEST(PropertyList, WhatIsNeitherBinaryNorXMLIsOldStyleText) {
+    using namespace std::string_literals;
+    const auto read = [](std::string_view text) {
+        return PropertyList::read(bytesOf(text), nullptr);
+    };
+    const Value data(dataFromText("\xAB\x01"));
+    EXPECT_EQ(read("{a = (b, \"c d\");}"),
+              Value(Value::Dictionary{{"a", Value::Array{"b", "c d"}}}));
+    EXPECT_EQ(read("<ab01>"), data);
+    EXPECT_EQ(read("\xEF\xBB\xBF <ab 01> // data"), data);
+    EXPECT_EQ(read("\xFE\xFF\0<\0a\0b\0 \0"
+                   "0\0"
+                   "1\0>"s),
+              data);
+    EXPECT_EQ(read("\xFF\xFE<\0a\0b\0 \0"
+                   "0\0"
+                   "1\0>\0"s),
+              data);
+    EXPECT_EQ(read("<>"), Value(Data()));
+    EXPECT_EQ(read("word"), Value("word"));
+    EXPECT_EQ(read("bpl"), std::nullopt);
+    EXPECT_EQ(read(" \n"), Value(Value::Dictionary()));
+
+    for (const std::string_view xml : {"<plist><array/></plist>", " \n<plist><array/></plist>",
+                                       "\xEF\xBB\xBF<?xml version=\"1.0\"?><plist><array/></plist>",
+                                       "<!-- ab --><plist><array/></plist>"}) {
+        EXPECT_EQ(read(xml), Value(Value::Array{})) << xml;
+        std::string wide = "\xFE\xFF";
+        std::string wideLittle = "\xFF\xFE";
+        if (!xml.starts_with('\xEF')) {
+            for (const char c : xml) {
+                wide += {'\0', c};
+                wideLittle += {c, '\0'};
+            }
+            EXPECT_EQ(read(wide), Value(Value::Array{})) << xml;
+            EXPECT_EQ(read(wideLittle), Value(Value::Array{})) << xml;
+        }
+    }
+    PropertyList::Error error;
+    EXPECT_FALSE(PropertyList::read(bytesOf("<dict>\n"), &error));
+    EXPECT_EQ(error.reason, "unexpected element <dict>");
+    EXPECT_FALSE(PropertyList::read(bytesOf("{\n  a = b\n}"), &error));
+    EXPECT_EQ(error.reason, "no \";\" after an entry");
+    EXPECT_EQ(error.line, 3U);
+    EXPECT_EQ(error.offset, 10U);
+}
+
+TEST(PropertyList, OldStyleTextIsWritten) {
+    EXPECT_EQ(PropertyList::write(sample(), Form::OldStyle, nullptr),
+              dataFromText(OldStyleText::write(sample())));
+    Value deep = 1;
+    for (std::size_t i = 0; i < PropertyList::maximumDepth; ++i) {
+        deep = i % 2 == 0 ? Value(Value::Array{std::move(deep)})
+                          : Value(Value::Dictionary{{"a", std::move(deep)}});
+    }
+    const auto bytes = PropertyList::write(deep, Form::OldStyle, nullptr);
+    ASSERT_TRUE(bytes);
+    EXPECT_TRUE(PropertyList::read(*bytes, nullptr));
+    PropertyList::Error error;
+    EXPECT_FALSE(PropertyList::write(Value::Array{deep}, Form::OldStyle, &error));
+    EXPECT_EQ(error.reason, "nested too deep");
 }
 
 TEST(PropertyList, RandomTreesComeBackFromBothForms) {

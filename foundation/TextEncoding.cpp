@@ -1,8 +1,8 @@
 #include "foundation/TextEncoding.hpp"
 
+#include "base/SingleByteTables.hpp"
 #include "base/Transliteration.hpp"
 #include "base/Unicode.hpp"
-#include "foundation/SingleByteTables.hpp"
 #include "foundation/TextEncodingTable.hpp"
 #include "foundation/UnicodeConverter.hpp"
 
