@@ -26,7 +26,7 @@ LocalTime brokenDown(::time_t second) {
 }
 
 /// The last second that a thread asked for. Breaking a second down takes a lock of the whole
-/// process and some ten times as long as reading the clock.
+/// process, and as long again as reading the clock.
 struct LastSecond {
     bool isKnown = false;
     ::time_t second = 0;
