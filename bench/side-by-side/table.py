@@ -5,8 +5,9 @@ import json
 import sys
 
 # Counts that have to agree between the programs of a job, within that share.
-CONTROLS = {"found": 0, "nodes": 0, "processes": 0.02}
-SHOWN = ["pass_us", "parse_ms", "write_ms", "wall_ms", "peak_rss_mb"]
+CONTROLS = {"bytes": 0, "found": 0, "nodes": 0, "processes": 0.02}
+OWN = ["pass_us", "parse_ms", "write_ms", "valid_ns_per_name", "trans_ns_per_name"]
+SHOWN = [*OWN, "wall_ms", "peak_rss_mb"]
 
 tables = {}
 for name in sys.argv[1:]:
@@ -18,7 +19,7 @@ for name in sys.argv[1:]:
 disagreements = 0
 for job, metrics in tables.items():
     # Programs that measure themselves also pay for their start and their data: their wall time is no result.
-    own_metric = next((metric for metric in SHOWN[:3] if metric in metrics), None)
+    own_metric = next((metric for metric in OWN if metric in metrics), None)
     print("\n" + job)
     for metric, share in CONTROLS.items():
         if metric == "nodes" and own_metric == "write_ms":
