@@ -5,6 +5,8 @@
 // found while it works, since whatever it does it asks for memory: there the work is counted, and
 // ended when it comes to too much. The plain importer reads such documents.
 
+#include "base/Unicode.hpp"
+#include "base/WellFormedUTF8.hpp"
 #include "platform/HtmlImporter.hpp"
 #include "platform/linux/HtmlDepth.hpp"
 #include "platform/linux/HtmlElements.hpp"
@@ -12,14 +14,17 @@
 #include "platform/linux/HtmlTextBuilder.hpp"
 #include "platform/linux/PlainHtmlImporter.hpp"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csetjmp>
 #include <cstddef>
 #include <ctime>
+#include <deque>
 #include <memory>
 #include <new>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -145,7 +150,8 @@ bool isElement(const GumboNode& node) {
     return node.type == GUMBO_NODE_ELEMENT || node.type == GUMBO_NODE_TEMPLATE;
 }
 
-/// Goes through the tree in its order, without recursion.
+/// Goes through the tree in its order, without recursion. Numeric references far out of range make
+/// gumbo write what is no UTF-8.
 class Reader {
   public:
     void read(const GumboNode& root);
@@ -168,6 +174,8 @@ class Reader {
     HtmlTextBuilder builder_;
     std::vector<Open> open_;
     std::size_t links_ = 0;
+    /// Where links that had to be repaired stay.
+    std::deque<std::string> repairedLinks_;
     std::string_view title_;
 };
 
@@ -188,7 +196,7 @@ void Reader::enter(const GumboNode& node) {
     case GUMBO_NODE_TEXT:
     case GUMBO_NODE_WHITESPACE:
     case GUMBO_NODE_CDATA:
-        builder_.characters(node.v.text.text);
+        builder_.characters(wellFormedUTF8(node.v.text.text));
         break;
     case GUMBO_NODE_ELEMENT:
         enterElement(node);
@@ -217,6 +225,10 @@ void Reader::enterElement(const GumboNode& node) {
     if (content.tag == GUMBO_TAG_A) {
         const GumboAttribute* link = gumbo_get_attribute(&content.attributes, "href");
         style.link = link == nullptr ? std::string_view() : link->value;
+        if (!isValidUTF8(style.link)) {
+            repairedLinks_.push_back(wellFormedUTF8(style.link));
+            style.link = repairedLinks_.back();
+        }
         style.linkNumber = style.link.empty() ? 0 : ++links_;
     }
     builder_.elementBegins(element);
@@ -254,7 +266,7 @@ class GumboHtmlImporter final : public HtmlImporter {
         Reader reader;
         reader.read(*tree->root);
         return HtmlDocument{reader.takeText(),
-                            htmlDocumentAttributes(reader.title(), html.encoding)};
+                            htmlDocumentAttributes(wellFormedUTF8(reader.title()), html.encoding)};
     }
 };
 

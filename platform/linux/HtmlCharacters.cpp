@@ -124,7 +124,7 @@ const Name* find(std::string_view name) {
     return found != names.end() && found->name == name ? found : nullptr;
 }
 
-enum class Place { Text, Attribute };
+enum class Place { Text, Attribute, Raw };
 
 /// The length of the reference "&#..." at the beginning of a text, 0 when there is none.
 std::size_t numericReference(std::string_view text, std::string& out) {
@@ -193,15 +193,16 @@ std::string resolved(std::string_view text, Place place) {
             break;
         }
         std::size_t length = 0;
-        if (text.starts_with("&#")) {
+        if (place != Place::Raw && text.starts_with("&#")) {
             length = numericReference(text, out);
-        } else if (text.front() == '&') {
+        } else if (text.front() == '&' && place != Place::Raw) {
             length = namedReference(text, place, out);
         } else if (text.front() == '\r') {
             length = text.starts_with("\r\n") ? 2 : 1;
             out += '\n';
-        } else {
+        } else if (text.front() == '\0') {
             length = 1;
+            out += place == Place::Raw ? "\xEF\xBF\xBD" : "";
         }
         if (length == 0) {
             out += '&';
@@ -215,6 +216,8 @@ std::string resolved(std::string_view text, Place place) {
 } // namespace
 
 std::string htmlCharacters(std::string_view text) { return resolved(text, Place::Text); }
+
+std::string htmlRawCharacters(std::string_view text) { return resolved(text, Place::Raw); }
 
 std::string htmlAttributeValue(std::string_view text) { return resolved(text, Place::Attribute); }
 

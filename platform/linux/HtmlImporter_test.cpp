@@ -185,12 +185,25 @@ TEST_P(Importers, NumbersOutOfRange) {
     EXPECT_EQ(text("&#x10FFFF;"), "\U0010FFFF");
 }
 
+TEST_P(Importers, NumbersFarOutOfRangeLeaveTheTextWellFormed) {
+    const std::string html = "abcd&#xEEEEEEEEEEEEEEE;<title>&#xEEEEEEEEEEEEEEE;</title>"
+                             "<a href=\"&#xEEEEEEEEEEEEEEE;\">x</a>";
+    const AttributedString imported = attributed(html);
+    EXPECT_EQ(imported.string(), "abcd\uFFFDx");
+    EXPECT_TRUE(isValidUTF8(title("<title>&#xEEEEEEEEEEEEEEE;</title>")));
+    const Attribute* link = imported.attributeAt(NSLinkAttributeName, imported.length() - 1);
+    ASSERT_NE(link, nullptr);
+    EXPECT_TRUE(isValidUTF8(*std::get<Value>(*link).asString()));
+}
+
 TEST_P(Importers, NulAndInvalidBytes) {
     EXPECT_EQ(text("abcdefgh\0ijklmnop"s), "abcdefghijklmnop");
     EXPECT_EQ(text("\xEF\xBB\xBF"
                    "a\xFF"
                    "b"),
               "a\uFFFDb");
+    EXPECT_EQ(text("<xmp>a\0&amp;\r\nb</xmp>c"s), "a\uFFFD&amp;\nb\nc");
+    EXPECT_EQ(text("abcdefghij<plaintext>k\0</plaintext>"s), "abcdefghij\nk\uFFFD</plaintext>");
     EXPECT_TRUE(isValidUTF8(text("<meta charset=utf-8>\xC3<b>\xE2\x82</b>")));
 }
 

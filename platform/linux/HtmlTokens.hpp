@@ -71,7 +71,9 @@ class HtmlTokens {
 /// Latin-1 and those of common punctuation; others stay as written. CR LF and CR become LF, NUL
 /// goes.
 [[nodiscard]] std::string htmlCharacters(std::string_view text);
-/// The same for an attribute's value, where "&copy=1" is no reference.
+/// Text that has no references: CR LF and CR become LF, NUL becomes U+FFFD.
+[[nodiscard]] std::string htmlRawCharacters(std::string_view text);
+/// As `htmlCharacters` for an attribute's value, where "&copy=1" is no reference.
 [[nodiscard]] std::string htmlAttributeValue(std::string_view text);
 
 } // namespace tav::internal

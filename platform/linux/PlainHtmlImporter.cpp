@@ -87,7 +87,7 @@ void Reader::startTag(const HtmlToken& token) {
     }
     builder_.setStyle(style_);
     if (token.name == "plaintext") {
-        builder_.characters(tokens_.everything());
+        builder_.characters(htmlRawCharacters(tokens_.everything()));
     } else if (token.name == "pre" || token.name == "listing") {
         tokens_.skipLineFeed();
     }
@@ -109,7 +109,7 @@ void Reader::rawText(const std::string& name, HtmlElement element) {
     HtmlStyle style = style_;
     style.add(element);
     builder_.setStyle(style);
-    builder_.characters(name == "textarea" ? htmlCharacters(text) : std::string(text));
+    builder_.characters(name == "textarea" ? htmlCharacters(text) : htmlRawCharacters(text));
     builder_.elementEnds(element);
     builder_.setStyle(style_);
 }
