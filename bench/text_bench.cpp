@@ -28,6 +28,24 @@ void equalsIgnoringCaseUnicode(benchmark::State& state) {
 }
 BENCHMARK(equalsIgnoringCaseUnicode);
 
+void caseInsensitiveCompareASCII(benchmark::State& state) {
+    const std::string a = "Holiday Photograph 0001.JPG";
+    const std::string b = "holiday photograph 0002.jpg";
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(caseInsensitiveCompare(a, b));
+    }
+}
+BENCHMARK(caseInsensitiveCompareASCII);
+
+void caseInsensitiveCompareUnicode(benchmark::State& state) {
+    const std::string a = "Straßenbilder Zürich 0001.JPG";
+    const std::string b = "STRASSENBILDER ZU\u0308RICH 0002.jpg";
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(caseInsensitiveCompare(a, b));
+    }
+}
+BENCHMARK(caseInsensitiveCompareUnicode);
+
 void utf16FromBytesASCII(benchmark::State& state) {
     const std::string text(static_cast<std::size_t>(state.range(0)), 'a');
     for (auto _ : state) {
