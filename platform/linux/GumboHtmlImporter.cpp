@@ -38,9 +38,10 @@ using std::chrono::nanoseconds;
 constexpr std::size_t deepest = 2000;
 constexpr std::size_t largestDocument = std::size_t{64} << 20;
 constexpr std::size_t mostMemory = std::size_t{256} << 20;
-// Ordinary pages take a tenth of this; time of this thread alone, whatever else the machine does.
-constexpr nanoseconds mostTime = std::chrono::milliseconds(500);
-constexpr nanoseconds mostTimePerByte{100};
+// Pages of ordinary size take a fraction of this; time of this thread alone, whatever else the
+// machine does.
+constexpr nanoseconds mostTime = std::chrono::milliseconds(300);
+constexpr nanoseconds mostTimePerByte{70};
 
 nanoseconds threadTime() {
     timespec now = {};
