@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
 
 namespace tav {
@@ -22,11 +23,11 @@ class TimedRecursiveLock {
     void unlock();
 
   private:
-    bool take(const void* thread);
-    bool wait(const void* thread, std::chrono::nanoseconds timeout);
+    bool take(std::uint64_t thread);
+    bool wait(std::uint64_t thread, std::chrono::nanoseconds timeout);
 
-    std::atomic<const void*> owner_ = nullptr; ///< What stands for the thread; null when free.
-    std::size_t depth_ = 0;                    ///< The owner's.
+    std::atomic<std::uint64_t> owner_ = 0; ///< The number of the thread; 0 when free.
+    std::size_t depth_ = 0;                ///< The owner's.
     std::atomic<std::size_t> waiters_ = 0;
     std::mutex mutex_; ///< Of the condition only.
     std::condition_variable released_;

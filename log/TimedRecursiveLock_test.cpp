@@ -79,6 +79,15 @@ TEST(TimedRecursiveLock, ThreadsThatWaitGetItWhenItIsFree) {
     EXPECT_EQ(served, 4);
 }
 
+TEST(TimedRecursiveLock, AThreadThatEndedWithItKeepsIt) {
+    MemoryClock clock;
+    const Clock::Replacement replacement(clock);
+    TimedRecursiveLock lock;
+    std::thread([&] { ASSERT_TRUE(lock.lock(30s)); }).join();
+    // A later thread may well live at the addresses of the earlier one.
+    std::thread([&] { EXPECT_FALSE(lock.lock(0s)); }).join();
+}
+
 TEST(TimedRecursiveLock, ThreadsExcludeOneAnother) {
     TimedRecursiveLock lock;
     long count = 0;

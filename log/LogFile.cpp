@@ -1,0 +1,359 @@
+#include "log/LogFile.hpp"
+
+#include "base/OldStyleText.hpp"
+#include "base/PathString.hpp"
+#include "base/PropertyList.hpp"
+#include "foundation/FileHandle.hpp"
+#include "foundation/FileManager.hpp"
+#include "foundation/HomePath.hpp"
+#include "platform/AtomicFile.hpp"
+#include "platform/FileSystem.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace tav {
+namespace {
+
+constexpr std::size_t initialCapacity = 10000;
+constexpr std::uint32_t permissionsOfNewFiles = 0700; // as those of every file handle that creates
+constexpr std::size_t blockSize = 65536;
+/// A packet buffer that grew larger is not kept.
+constexpr std::size_t largestPacketKept = std::size_t{1} << 20;
+constexpr std::size_t largestPayload = std::numeric_limits<std::uint32_t>::max();
+
+} // namespace
+
+LogFile::LogFile(std::string_view path) { createOpenReadFile(path); }
+
+void LogFile::close() {
+    mFileHandle.reset();
+    mRawData = {};
+    mDictionaries = {};
+    path_.clear();
+    firstOfRun_ = 0;
+    remains_.reset();
+    sizeWithoutTerminator_.reset();
+    content_ = {};
+    keepOnly({});
+}
+
+void LogFile::createOpenReadFile(std::string_view path) {
+    close();
+    if (!path.empty()) {
+        const std::string place = stringByExpandingTildeInPath(path);
+        recursivelyCreatePath(stringByDeletingLastPathComponent(place));
+        FileSystem& files = FileSystem::current();
+        auto file = files.open(
+            place,
+            {.write = true, .create = true, .append = true, .permissions = permissionsOfNewFiles});
+        if (file.ok()) {
+            mFileHandle = std::move(file).value();
+            const auto canonical = files.canonicalPath(place);
+            path_ = canonical.ok() ? canonical.value() : std::string();
+        }
+        parseFile();
+    }
+    mRawData.reserve(initialCapacity);
+    mDictionaries.reserve(initialCapacity);
+}
+
+void LogFile::parseFile() {
+    if (!mFileHandle) {
+        return;
+    }
+    mRawData.clear();
+    mDictionaries.clear();
+    firstOfRun_ = 0;
+    remains_.reset();
+    sizeWithoutTerminator_.reset();
+    const auto attributes = mFileHandle->attributes();
+    if (!attributes.ok()) {
+        return;
+    }
+    const auto size =
+        static_cast<std::size_t>(std::min(attributes.value().size, FileHandle::largestRead));
+    auto content = LargeBuffer::withSize(size);
+    if (!content) {
+        return;
+    }
+    // It may have become shorter since, and longer: then the rest is not looked at.
+    const auto got = mFileHandle->readAt(0, content->bytes());
+    if (!got.ok()) {
+        return;
+    }
+    const auto bytes = content->bytes().first(got.value());
+    const std::size_t fixed = fixLineEndings(bytes);
+    LogPackets::Found found = LogPackets::find(textOf(bytes.first(fixed)));
+    if (found.end == LogPackets::End::Interrupted && fixed == bytes.size()) {
+        remains_ = Remains{found.endOfPackets, bytes.size()};
+    } else if (found.end == LogPackets::End::WithoutTerminator) {
+        sizeWithoutTerminator_ = bytes.size();
+    }
+    content_ = std::move(*content);
+    mRawData = std::move(found.payloads);
+    mDictionaries.resize(mRawData.size());
+    firstOfRun_ = mRawData.size();
+}
+
+std::string LogFile::buildFileImage() const {
+    std::size_t size = 0;
+    for (const std::string_view payload : mRawData) {
+        size += LogPackets::sizeOf(payload.size());
+    }
+    std::string image;
+    image.reserve(size);
+    for (const std::string_view payload : mRawData) {
+        LogPackets::append(image, payload);
+    }
+    return image;
+}
+
+void LogFile::saveToFile(OpenFile* file) {
+    if (file == nullptr) {
+        return;
+    }
+    const std::string image = buildFileImage();
+    if (!file->setPosition(0).isNone() || !file->setSize(0).isNone() ||
+        file->write(bytesOf(image)).isNone()) {
+        return;
+    }
+    // Of what could be written whole packets stay.
+    const auto attributes = file->attributes();
+    if (!attributes.ok() || attributes.value().size > image.size()) {
+        return;
+    }
+    const auto size = static_cast<std::size_t>(attributes.value().size);
+    const Remains remains{LogPackets::find(image.substr(0, size)).endOfPackets, size};
+    if (remains.begin < remains.end && !cut(*file, remains) && file == mFileHandle.get()) {
+        remains_ = remains;
+    }
+}
+
+SystemError LogFile::saveToPath(std::string_view path) {
+    const std::string image = buildFileImage();
+    if (mFileHandle) {
+        const auto there = FileSystem::current().targetAttributes(path);
+        const auto ours = mFileHandle->attributes();
+        // Ours would be nobody's file then: it goes on in the new one.
+        if (there.ok() && ours.ok() && there.value().identity == ours.value().identity) {
+            auto replaced = replaceFileAtomically(path, bytesOf(image));
+            if (replaced.ok()) {
+                mFileHandle = std::move(replaced).value();
+                remains_.reset();
+                sizeWithoutTerminator_.reset();
+            }
+            return replaced.error();
+        }
+    }
+    return writeFileAtomically(path, bytesOf(image));
+}
+
+/// Whether our file could be replaced by another one with the image. An empty one needs no other:
+/// cutting a file to nothing happens at once.
+bool LogFile::replaceFile(std::string_view image) {
+    if (path_.empty() || image.empty()) {
+        return false;
+    }
+    const auto there = FileSystem::current().attributes(path_);
+    const auto ours = mFileHandle->attributes();
+    if (!there.ok() || !ours.ok() || there.value().identity != ours.value().identity) {
+        return false;
+    }
+    auto replaced = replaceFileAtomically(path_, bytesOf(image));
+    if (replaced.ok()) {
+        mFileHandle = std::move(replaced).value();
+    }
+    return replaced.ok();
+}
+
+void LogFile::trimLines(std::size_t keep) {
+    if (mRawData.size() <= keep) {
+        return;
+    }
+    const std::size_t removed = mRawData.size() - keep;
+    const auto count = static_cast<std::ptrdiff_t>(removed);
+    mRawData.erase(mRawData.begin(), mRawData.begin() + count);
+    mDictionaries.erase(mDictionaries.begin(), mDictionaries.begin() + count);
+    firstOfRun_ -= std::min(firstOfRun_, removed);
+    std::string image = buildFileImage();
+    if (mFileHandle) {
+        remains_.reset();
+        sizeWithoutTerminator_.reset();
+        if (!replaceFile(image)) {
+            saveToFile(mFileHandle.get());
+        }
+    }
+    keepOnly(std::move(image));
+}
+
+/// Lets the records refer to the image and gives back all other memory.
+void LogFile::keepOnly(std::string image) {
+    image_ = std::move(image);
+    const char* at = image_.data();
+    for (std::string_view& payload : mRawData) {
+        const std::size_t packet = LogPackets::sizeOf(payload.size());
+        payload = {at + (packet - payload.size() - 1), payload.size()};
+        at += packet;
+    }
+    content_ = {};
+    blocks_.clear();
+    room_ = 0;
+}
+
+void LogFile::addItem(const RecordPtr& record) {
+    if (!record) {
+        return;
+    }
+    packet_.assign(LogPackets::mostHeadCharacters, ' ');
+    OldStyleText::append(packet_, Value(*record));
+    addPacket(record);
+}
+
+void LogFile::addFields(const LogFields& fields) {
+    if (!isKeptByText(fields)) {
+        addItem(std::make_shared<const Record>(recordOf(fields)));
+        return;
+    }
+    packet_.assign(LogPackets::mostHeadCharacters, ' ');
+    appendRecordText(packet_, fields);
+    addPacket(nullptr);
+}
+
+void LogFile::addPacket(RecordPtr record) {
+    const std::size_t size = packet_.size() - LogPackets::mostHeadCharacters;
+    if (size > largestPayload) {
+        return;
+    }
+    const std::size_t begin = LogPackets::wrapInPlace(packet_);
+    const std::string_view packet = keep(std::string_view(packet_).substr(begin));
+    mDictionaries.push_back(std::move(record));
+    mRawData.push_back(packet.substr(packet.size() - size - 1, size));
+    if (packet_.capacity() > largestPacketKept) {
+        packet_ = std::string();
+    }
+    if (mFileHandle && isReadyToAppend()) {
+        remains_ = appendPacket(*mFileHandle, packet);
+    }
+}
+
+/// A copy that lives as long as the record.
+std::string_view LogFile::keep(std::string_view packet) {
+    if (packet.size() > room_) {
+        // A large packet gets a block of its own, in front of the one that still has room.
+        const bool isLarge = packet.size() > blockSize / 4;
+        auto block = std::make_unique_for_overwrite<char[]>(isLarge ? packet.size() : blockSize);
+        if (isLarge) {
+            std::memcpy(block.get(), packet.data(), packet.size());
+            const std::string_view kept(block.get(), packet.size());
+            blocks_.insert(blocks_.empty() ? blocks_.end() : blocks_.end() - 1, std::move(block));
+            return kept;
+        }
+        blocks_.push_back(std::move(block));
+        room_ = blockSize;
+    }
+    char* at = blocks_.back().get() + (blockSize - room_);
+    std::memcpy(at, packet.data(), packet.size());
+    room_ -= packet.size();
+    return {at, packet.size()};
+}
+
+bool LogFile::isReadyToAppend() {
+    if (remains_) {
+        if (!cut(*mFileHandle, *remains_)) {
+            return false;
+        }
+        remains_.reset();
+    }
+    if (sizeWithoutTerminator_) {
+        const auto attributes = mFileHandle->attributes();
+        if (!attributes.ok()) {
+            return false;
+        }
+        if (attributes.value().size == *sizeWithoutTerminator_) {
+            const auto written = mFileHandle->writeOnce(bytesOf("\n"));
+            if (!written.ok() || written.value() != 1) {
+                return false;
+            }
+        }
+        sizeWithoutTerminator_.reset();
+    }
+    return true;
+}
+
+/// Whether the remains are not at the end of the file any more: cut off, or what stands behind
+/// them is somebody else's and makes them his.
+bool LogFile::cut(OpenFile& file, const Remains& remains) {
+    const auto attributes = file.attributes();
+    return attributes.ok() &&
+           (attributes.value().size != remains.end || file.setSize(remains.begin).isNone());
+}
+
+// What a failed write leaves is nothing, what a short one leaves is told by the position, which is
+// behind it then; others may have appended more meanwhile.
+std::optional<LogFile::Remains> LogFile::appendPacket(OpenFile& file, std::string_view packet) {
+    const auto written = file.writeOnce(bytesOf(packet));
+    if (!written.ok() || written.value() == packet.size() || written.value() == 0) {
+        return std::nullopt;
+    }
+    const auto attributes = file.attributes();
+    const auto position = file.position();
+    if (!attributes.ok() && !position.ok()) {
+        return std::nullopt;
+    }
+    const std::uint64_t end = position.ok() ? position.value() : attributes.value().size;
+    const Remains remains{end - std::min<std::uint64_t>(end, written.value()), end};
+    return cut(file, remains) ? std::nullopt : std::optional(remains);
+}
+
+RecordPtr LogFile::getItem(std::size_t index) {
+    if (index >= mRawData.size()) {
+        return nullptr;
+    }
+    RecordPtr& record = mDictionaries[index];
+    if (!record) {
+        record = dataToDictionary(bytesOf(mRawData[index]));
+        if (record && index >= firstOfRun_) {
+            record = std::make_shared<const Record>(recordOfText(*record));
+        }
+    }
+    return record;
+}
+
+RecordPtr LogFile::dataToDictionary(std::optional<BytesView> bytes) {
+    if (!bytes) {
+        return nullptr;
+    }
+    std::optional<Value> value = PropertyList::read(*bytes, nullptr);
+    if (!value || value->asDictionary() == nullptr) {
+        return nullptr;
+    }
+    return std::make_shared<const Record>(std::move(*value->asDictionary()));
+}
+
+std::optional<Data> LogFile::dictionaryToData(const Record* record) {
+    if (record == nullptr) {
+        return std::nullopt;
+    }
+    return dataFromText(OldStyleText::write(Value(*record)));
+}
+
+Data LogFile::wrapDataIntoFilePacket(std::optional<BytesView> payload) {
+    std::string packet;
+    if (payload) {
+        packet.reserve(payload->size() + 10);
+        LogPackets::append(packet, textOf(*payload));
+    }
+    return dataFromText(packet);
+}
+
+void LogFile::writeOneItem(OpenFile* file, BytesView payload) {
+    if (file != nullptr) {
+        const Data packet = wrapDataIntoFilePacket(payload);
+        static_cast<void>(appendPacket(*file, textOf(packet)));
+    }
+}
+
+} // namespace tav

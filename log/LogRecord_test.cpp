@@ -1,0 +1,103 @@
+#include "base/OldStyleText.hpp"
+#include "base/PropertyList.hpp"
+#include "log/LogRecord.hpp"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace tav {
+namespace {
+
+std::vector<std::string> keysOf(const Record& record) {
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : record) {
+        keys.push_back(key);
+    }
+    return keys;
+}
+
+TEST(LogRecord, EntriesComeInTheOrderOfTheFields) {
+    const Value second = "second";
+    const Data data = dataFromText("abcde");
+    const LogFields fields{.type = 4,
+                           .message = "first",
+                           .message2 = &second,
+                           .sourceFile = "a.cc",
+                           .sourceLine = 12,
+                           .function = "f",
+                           .module = "m",
+                           .extra = "e",
+                           .data = &data,
+                           .date = "20091231T235959"};
+    const Record record = recordOf(fields);
+    EXPECT_EQ(keysOf(record),
+              (std::vector<std::string>{"type", "message", "message2", "sourceFile", "sourceLine",
+                                        "function", "module", "extra", "data", "date"}));
+    EXPECT_EQ(record.find("type")->type(), Value::Type::Integer);
+    EXPECT_EQ(record.find("sourceLine")->type(), Value::Type::Integer);
+    EXPECT_EQ(*record.find("data")->asData(), data);
+}
+
+TEST(LogRecord, WhatIsNotThereHasNoEntry) {
+    EXPECT_EQ(keysOf(recordOf({.type = 11})), std::vector<std::string>{"type"});
+    EXPECT_EQ(keysOf(recordOf({.type = 0, .message = ""})),
+              (std::vector<std::string>{"type", "message"}));
+    EXPECT_EQ(recordOf({.type = 0, .sourceLine = -1}).size(), 1U);
+}
+
+/// Every combination of fields, with texts of all kinds.
+TEST(LogRecord, TheTextIsThatOfTheDictionaryAndComesBackAsIt) {
+    const std::vector<std::string> texts = {"word",
+                                            "two words",
+                                            std::string("\0\x01\x1F\x7F", 4),
+                                            "\xC3\xA9\xF0\x9F\x98\x80",
+                                            "\xFF\xC0 not UTF-8 \xED\xB2\x80",
+                                            "\"quoted\"\\ %@ ; = { } ( ) < > /* */ //",
+                                            "12"};
+    const Data data = dataFromText("abcde");
+    for (unsigned mask = 0; mask < 512; ++mask) {
+        const auto textOfBit = [&](unsigned bit) -> const std::string& {
+            return texts[(mask + bit) % texts.size()];
+        };
+        const Value second = textOfBit(1);
+        LogFields fields;
+        fields.type = static_cast<int>(mask % 12);
+        if ((mask & 1) != 0) {
+            fields.message = textOfBit(0);
+        }
+        fields.message2 = (mask & 2) != 0 ? &second : nullptr;
+        fields.sourceFile = (mask & 4) != 0 ? textOfBit(2) : "";
+        fields.sourceLine = (mask & 8) != 0 ? 77 : 0;
+        fields.function = (mask & 16) != 0 ? textOfBit(3) : "";
+        fields.module = (mask & 32) != 0 ? textOfBit(4) : "";
+        if ((mask & 64) != 0) {
+            fields.extra = textOfBit(5);
+        }
+        fields.data = (mask & 128) != 0 ? &data : nullptr;
+        fields.date = (mask & 256) != 0 ? "20091231T235959" : "";
+        const Record record = recordOf(fields);
+        ASSERT_TRUE(isKeptByText(fields));
+        std::string text;
+        appendRecordText(text, fields);
+        ASSERT_EQ(text, OldStyleText::write(record));
+        const auto read = PropertyList::read(bytesOf(text), nullptr);
+        ASSERT_TRUE(read && read->asDictionary() != nullptr) << text;
+        const Record again = recordOfText(*read->asDictionary());
+        ASSERT_EQ(Value(again), Value(record)) << text;
+        ASSERT_EQ(keysOf(again), keysOf(record));
+        for (const auto& [key, value] : again) {
+            ASSERT_EQ(value.type(), record.find(key)->type()) << key;
+        }
+    }
+}
+
+TEST(LogRecord, ObjectsThatAreNoTextsAreNotKeptByIt) {
+    for (const Value& value : {Value(1), Value(true), Value(Value::Array{}), Value(Data{})}) {
+        EXPECT_FALSE(isKeptByText({.type = 0, .message2 = &value}));
+    }
+}
+
+} // namespace
+} // namespace tav
