@@ -1,0 +1,311 @@
+#pragma once
+
+#include "base/Data.hpp"
+#include "base/Date.hpp"
+#include "base/Image.hpp"
+#include "base/KeyedCoding.hpp"
+#include "base/KeyedUnarchiver.hpp"
+#include "base/OptionalText.hpp"
+#include "base/Status.hpp"
+#include "base/Value.hpp"
+#include "fileinfo/OpenFileToken.hpp"
+#include "fileinfo/ProgressDelegate.hpp"
+#include "fileinfo/TavBaseFileInfoFilter.hpp"
+
+#include <atomic>
+#include <concepts>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tav {
+
+class TavBaseFileInfo;
+
+/// An item, null for nil.
+using FileInfoPtr = std::shared_ptr<TavBaseFileInfo>;
+using FileInfoArray = std::vector<FileInfoPtr>;
+
+/// The file item: one object stands for one file, folder or volume, wherever it lives. All of the
+/// library handles files through this interface alone.
+///
+/// The class itself stores almost nothing. It gives every question a safe answer (null, false, 0,
+/// an empty text or list, or a fixed status) and builds what can be built from the others: names
+/// from the path, sizes of folders by summing, unique names, searches, listings through filters,
+/// the plain copies, icons, archiving. A back-end overrides the primitives and inherits the rest.
+///
+/// Nothing here raises unless it says so; asking a missing item answers nothing. Changes answer a
+/// status or whether they were made. Operations that a back-end has to supply log that it does
+/// not, when log type 4 is switched on. Items are made by static functions only and shared
+/// by `FileInfoPtr`. They fill caches when asked, so an item serves one thread at a time; only
+/// `cancelCopy` may come from another one.
+class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBaseFileInfo> {
+  public:
+    TavBaseFileInfo(const TavBaseFileInfo&) = delete;
+    TavBaseFileInfo& operator=(const TavBaseFileInfo&) = delete;
+    ~TavBaseFileInfo() override;
+
+    // Making items
+
+    /// Null: an item of this class cannot be made from a path. Every back-end has its own.
+    [[nodiscard]] static FileInfoPtr fileInfoWithPath(std::string_view path);
+    /// An item that does not exist, with the empty path.
+    [[nodiscard]] static FileInfoPtr fileInfo();
+
+    // Archiving
+
+    /// What is archived under the root of a keyed archive, whatever it is. Throws what the
+    /// unarchiver throws for bytes that are no archive.
+    [[nodiscard]] static Archived unarchiveFromData(BytesView data);
+    /// An archive whose root is the record of the class itself, not of an item: the interface has
+    /// it so. Items are archived by `archivedDataWithRootObject`.
+    [[nodiscard]] static Data archiveToData();
+    /// The dates and the size of now, for `old...` of the item that is made from the archive.
+    virtual void encodeWithCoder(KeyedArchiver& coder);
+    /// Fills the old values from an archive, once the item is made.
+    virtual void initWithCoder(KeyedUnarchiver& coder);
+    void encode(KeyedArchiver& archiver) const final;
+    [[nodiscard]] std::string className() const override;
+
+    /// The size and the dates that the item had when it was archived; nothing for an item that does
+    /// not come from an archive. They are never filled from the live item, so that a caller can
+    /// tell whether it has changed since.
+    virtual void setOldFileSize(std::uint64_t size);
+    [[nodiscard]] virtual std::optional<std::uint64_t> oldFileSize();
+    virtual void setOldModificationDate(std::optional<Date> date);
+    [[nodiscard]] virtual std::optional<Date> oldModificationDate();
+    virtual void setOldCreationDate(std::optional<Date> date);
+    [[nodiscard]] virtual std::optional<Date> oldCreationDate();
+
+    // Saved state
+
+    /// Where the item is, and what it looks like, as values to be kept between runs; nothing here.
+    [[nodiscard]] virtual std::optional<Value::Dictionary> savedInfo();
+    [[nodiscard]] virtual std::optional<Value::Dictionary> syncCriteria();
+    /// Whether two records of `savedInfo` name the same item; never, as none are made here.
+    [[nodiscard]] static bool savedFileInfoIsSimilarToSavedInfo(const Value::Dictionary* first,
+                                                                const Value::Dictionary* second);
+    /// The lasting identifier of the device volume that the item is on; nothing here. Without an
+    /// argument it is not made when it is missing. Only a `bool` serves as the argument.
+    [[nodiscard]] std::optional<std::string> UDID() { return _UDID(false); }
+    template <std::same_as<bool> Flag>
+    [[nodiscard]] std::optional<std::string> UDID(Flag create) {
+        return _UDID(create);
+    }
+
+    // Archives (zip)
+
+    [[nodiscard]] virtual std::optional<Data> zip();
+    [[nodiscard]] virtual std::optional<Data> ditto();
+    [[nodiscard]] virtual FileInfoPtr zipToFolder(TavBaseFileInfo* folder);
+    [[nodiscard]] virtual std::optional<FileInfoArray> unzip();
+
+    // Capabilities and volume
+
+    [[nodiscard]] virtual bool supportsModificationDate(); ///< true
+    [[nodiscard]] virtual bool supportsCreationDate();     ///< true
+    [[nodiscard]] virtual bool supportsTimezones();        ///< true
+    /// The path that leads from this item to the other one.
+    [[nodiscard]] virtual std::optional<std::string> relativePathTo(TavBaseFileInfo* other);
+    /// The slash path of the item inside its volume.
+    [[nodiscard]] virtual std::optional<std::string> volumeRelativeStandardPath();
+    [[nodiscard]] virtual bool isVolume();
+    [[nodiscard]] virtual FileInfoPtr volume();
+    [[nodiscard]] virtual std::uint64_t freeSpaceOnVolume(); ///< Bytes.
+    /// The stable identifier of the item's volume.
+    [[nodiscard]] virtual std::optional<std::string> uuid();
+
+    // Paths and names
+
+    [[nodiscard]] virtual std::string path();         ///< The empty text here.
+    [[nodiscard]] virtual std::string standardPath(); ///< The path in slash form; `path` here.
+    [[nodiscard]] virtual std::vector<std::string> pathComponents();
+    [[nodiscard]] virtual std::string humanFriendlyPath(); ///< `path` here.
+    [[nodiscard]] virtual std::string humanFriendlyName(); ///< `name` here.
+    [[nodiscard]] virtual std::string name();              ///< The last component of `path`.
+    [[nodiscard]] virtual std::string extension();         ///< Of `name`, without its dot.
+    [[nodiscard]] virtual std::string nameWithoutExtension();
+    /// Gives the file another name.
+    virtual void setName(std::string_view name);
+    virtual void setNameKeepingExtension(std::string_view name);
+    /// Takes note of a new name that somebody else has given the file.
+    virtual void updateName(std::string_view name);
+    /// Bytes of `path` in UTF-16: two for each unit, no terminator.
+    [[nodiscard]] virtual std::int32_t numBytesNeededForPath();
+    [[nodiscard]] virtual std::int32_t maxPathLength();
+    /// The name as the item's file system can take it. The flag says the opposite of its name, and
+    /// callers rely on it: true gives `windowsValidFilename`, false the form that spells out what
+    /// is not ASCII.
+    [[nodiscard]] virtual std::string makeValidFilename(std::string_view filename,
+                                                        bool encodeNonASCII);
+    /// What the item is called in texts.
+    [[nodiscard]] virtual std::string description();
+
+    // Kinds and attributes
+
+    [[nodiscard]] virtual bool exists();
+    [[nodiscard]] virtual bool isFolder();
+    [[nodiscard]] virtual bool isFile();
+    [[nodiscard]] virtual bool isBundle();
+    [[nodiscard]] virtual bool visible(); ///< true
+    [[nodiscard]] virtual bool isLocked();
+    virtual void setLocked(bool locked);
+    virtual void setHideExtension(bool hide);
+    [[nodiscard]] virtual bool hasDRM();
+    /// Whether both name the same file.
+    [[nodiscard]] virtual bool isEqualTo(TavBaseFileInfo* other);
+    /// Whether the other item lies inside this folder.
+    [[nodiscard]] virtual bool contains(TavBaseFileInfo* other);
+    /// The kind of file in the user's words.
+    [[nodiscard]] virtual std::string kindString();
+    [[nodiscard]] virtual std::optional<Value> metadata();
+    virtual void setMetadata(const Value& metadata);
+
+    /// The icon of a folder, or that of the file's extension. The generic icons are shared: every
+    /// item answers the same object. To be asked first on the main thread.
+    [[nodiscard]] virtual std::shared_ptr<Image> icon();
+    /// `icon`, set to 16 by 16 points. The shared object itself is resized, so that `icon` of every
+    /// item that shares it has that size from then on.
+    [[nodiscard]] virtual std::shared_ptr<Image> smallIcon();
+
+    // Dates and size
+
+    /// Bytes of the file; for a folder the sum over all that is in it, hidden items included.
+    [[nodiscard]] virtual std::uint64_t size();
+    /// The low 32 bits of `size`: 5 GiB read as 1 GiB.
+    [[nodiscard]] virtual std::uint32_t resolvedSize();
+    [[nodiscard]] virtual std::optional<Date> modificationDate();
+    [[nodiscard]] virtual std::optional<Date> creationDate();
+    virtual void setModificationDate(std::optional<Date> date);
+    virtual void setCreationDate(std::optional<Date> date);
+
+    // Aliases
+
+    /// What the item leads to when it is an alias, otherwise the item itself.
+    [[nodiscard]] virtual FileInfoPtr resolvedFileInfo();
+    /// Makes the item stand for what it leads to; whether it changed.
+    virtual bool resolveAlias();
+    /// Null for what is no alias.
+    [[nodiscard]] virtual FileInfoPtr aliasTarget();
+    /// Forgets what was learned, so that it is asked for again.
+    virtual void refresh();
+
+    // Searching
+
+    [[nodiscard]] virtual FileInfoPtr parentFolder();
+    /// The item of that name in the folder, never null here: one that is missing does not exist.
+    [[nodiscard]] virtual FileInfoPtr find(std::string_view name);
+    [[nodiscard]] virtual FileInfoPtr findFirstDeep(std::string_view name);
+    [[nodiscard]] virtual FileInfoArray findDeep(std::string_view name);
+    /// The child whose name, once made valid on Windows, is the one that is sought (ignoring case).
+    /// A child of that very name goes before one that only becomes it.
+    [[nodiscard]] virtual FileInfoPtr findWithWindowsName(std::string_view name, bool useASCIIOnly);
+    [[nodiscard]] virtual FileInfoPtr findWithWindowsName(std::string_view name);
+    /// The children that are folders of that name ignoring case, in the listing's order.
+    [[nodiscard]] virtual FileInfoArray findAllFoldersWithName(std::string_view name);
+    /// The name when it is free in the folder (its own or the parent), otherwise "name-1.ext",
+    /// "name-2.ext", ...
+    [[nodiscard]] virtual std::string uniqueFilename(std::string_view name);
+
+    // Listing; what raises is the back-end's primitive
+
+    [[nodiscard]] virtual FileInfoArray folderContents();
+    /// The children that the filter lets in (all for null), in the file system's order.
+    [[nodiscard]] virtual FileInfoArray folderContentsWithFilter(TavBaseFileInfoFilter* filter);
+    /// The same, told where the listing of the whole tree began: links that lead back there are
+    /// left out.
+    [[nodiscard]] virtual FileInfoArray folderContentsWithFilter(TavBaseFileInfoFilter* filter,
+                                                                 std::string_view withRootPath);
+    /// All that the filter lets in at any depth. What is inside a folder stands before it; a folder
+    /// that is not let in is searched all the same.
+    [[nodiscard]] virtual FileInfoArray folderContentsDeepWithFilter(TavBaseFileInfoFilter* filter);
+    /// The primitive behind every listing: appends to the array. The flag may be null.
+    virtual void folderContentsWithFilter(TavBaseFileInfoFilter* filter, FileInfoArray* withArray,
+                                          bool* stopAccumulating, std::string_view rootNodePath);
+
+    // Creating
+
+    [[nodiscard]] virtual FileInfoPtr createUniqueFolder(std::string_view name);
+    /// Goes down by `createFolder` from the folder (its own or the parent); null as soon as one is
+    /// not there, those before it stay.
+    [[nodiscard]] virtual FileInfoPtr
+    createFolderWithPathComponents(const std::vector<std::string>& names);
+    [[nodiscard]] virtual FileInfoPtr createFolder(std::string_view name);
+    [[nodiscard]] virtual FileInfoPtr
+    createFile(std::string_view name, BytesView contents, const Value::Dictionary* attributes,
+               bool ensureUniqueName, const ProgressDelegate* withProgress, void* userData);
+    [[nodiscard]] virtual FileInfoPtr createFile(std::string_view name, BytesView contents,
+                                                 const Value::Dictionary* attributes,
+                                                 bool ensureUniqueName);
+    [[nodiscard]] virtual FileInfoPtr createFile(std::string_view name, BytesView contents,
+                                                 const Value::Dictionary* attributes);
+    [[nodiscard]] virtual FileInfoPtr tempFolder();
+
+    // Removing and moving
+
+    virtual bool remove();
+    /// Removes every child; true when all went. A failure does not stop it.
+    virtual bool removeContents();
+    /// Removes the folders directly in this one that hold nothing visible (with what is invisible).
+    virtual void removeEmptySubfolders();
+    virtual Status moveTo(TavBaseFileInfo* destination); ///< -220 here.
+
+    // Copying
+
+    virtual Status copyTo(TavBaseFileInfo* destination);
+    virtual Status copyTo(TavBaseFileInfo* destination, FileInfoPtr* outNewItem);
+    /// Copies the whole file through memory, under a name that may be taken: -50 unless this is a
+    /// file and the destination a file or folder, -208 when something that is no file has the name
+    /// (it is written to all the same), -207 when that write fails.
+    virtual Status copyTo(TavBaseFileInfo* destination, std::string_view withName,
+                          FileInfoPtr* outNewItem);
+    /// -1: this class has no way yet to copy in pieces.
+    virtual Status copyTo(TavBaseFileInfo* destination, bool ensureUniqueName,
+                          const ProgressDelegate* withProgress, void* userData,
+                          FileInfoPtr* outNewItem);
+    /// How an item whose device drives the copy takes another one in; -1 here.
+    virtual Status copyFromFile(TavBaseFileInfo* source, bool ensureUniqueName,
+                                const ProgressDelegate* withProgress, void* userData,
+                                FileInfoPtr* outNewItem);
+    /// Asks the copy of this item that is under way to stop. May come from any thread.
+    virtual void cancelCopy();
+    [[nodiscard]] virtual bool deviceControlsCopy();
+    virtual void setDeviceControlsCopy(bool controls);
+    [[nodiscard]] virtual std::uint64_t preferredChunkSize(); ///< 8192 bytes.
+
+    // Contents
+
+    [[nodiscard]] virtual std::shared_ptr<OpenFileToken> openFileForReading();
+    [[nodiscard]] virtual std::shared_ptr<OpenFileToken> openFileForWriting();
+    virtual void closeFile(OpenFileToken* token);
+    [[nodiscard]] virtual std::optional<Data>
+    fileContentsWithRange(FileRange range, OpenFileToken* readFileUserData);
+    virtual Status setFileContentsWithRange(BytesView data, FileRange range,
+                                            OpenFileToken* writeFileUserData); ///< -220 here.
+    [[nodiscard]] virtual std::optional<Data> fileContents();
+    [[nodiscard]] virtual std::optional<Data>
+    fileContentsWithProgress(const ProgressDelegate* progress, void* userData);
+    virtual bool setFileContents(BytesView data);
+    virtual bool setFileContents(BytesView data, const ProgressDelegate* withProgress,
+                                 void* userData);
+
+  protected:
+    TavBaseFileInfo();
+
+    [[nodiscard]] virtual std::optional<std::string> _UDID(bool create);
+    /// Bytes that a copy leaves free on the volume beyond the copied file; 0.
+    [[nodiscard]] virtual std::uint64_t _freeSpaceToKeepOnVolume();
+
+    std::atomic<bool> _cancelCopy = false;
+    bool _deviceControlsCopy = false;
+
+  private:
+    struct OldState;
+    OldState& oldState();
+    std::unique_ptr<OldState> old_;
+};
+
+} // namespace tav
