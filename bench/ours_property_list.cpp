@@ -1,4 +1,5 @@
-// ours_property_list parse-xml|parse-binary|write-xml|write-binary FILE: the median of five runs.
+// ours_property_list parse-xml|parse-binary|parse-text|write-xml|write-binary|write-text FILE: the
+// median of five runs.
 
 #include "base/PropertyList.hpp"
 
@@ -32,7 +33,7 @@ std::size_t nodesIn(const Value& value) {
     return count;
 }
 
-/// What the other programs count when they write: bytes of XML, objects of the binary form.
+/// What the other programs count when they write: bytes of text, objects of the binary form.
 std::size_t nodesWritten(const Data& bytes, PropertyList::Form form) {
     std::size_t count = bytes.size();
     if (form == PropertyList::Form::Binary) {
@@ -48,14 +49,17 @@ std::size_t nodesWritten(const Data& bytes, PropertyList::Form form) {
 
 int main(int argc, char** argv) {
     if (argc != 3) {
-        fprintf(stderr, "parse-xml|parse-binary|write-xml|write-binary FILE\n");
+        fprintf(stderr,
+                "parse-xml|parse-binary|parse-text|write-xml|write-binary|write-text FILE\n");
         return 2;
     }
     const std::string_view job = argv[1];
     std::ifstream file(argv[2], std::ios::binary);
     const std::string text((std::istreambuf_iterator<char>(file)), {});
     const bool writes = job.starts_with("write");
-    const auto form = job.ends_with("xml") ? PropertyList::Form::XML : PropertyList::Form::Binary;
+    const auto form = job.ends_with("xml")    ? PropertyList::Form::XML
+                      : job.ends_with("text") ? PropertyList::Form::OldStyle
+                                              : PropertyList::Form::Binary;
 
     std::vector<double> times;
     std::size_t nodes = 0;

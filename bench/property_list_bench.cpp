@@ -1,3 +1,4 @@
+#include "base/OldStyleText.hpp"
 #include "base/PropertyList.hpp"
 
 #include <cstdint>
@@ -53,7 +54,30 @@ void write(benchmark::State& state, PropertyList::Form form) {
 
 BENCHMARK_CAPTURE(parse, XML, PropertyList::Form::XML)->Name("PropertyList/parse/xml");
 BENCHMARK_CAPTURE(parse, binary, PropertyList::Form::Binary)->Name("PropertyList/parse/binary");
+BENCHMARK_CAPTURE(parse, text, PropertyList::Form::OldStyle)->Name("PropertyList/parse/text");
 BENCHMARK_CAPTURE(write, XML, PropertyList::Form::XML)->Name("PropertyList/write/xml");
 BENCHMARK_CAPTURE(write, binary, PropertyList::Form::Binary)->Name("PropertyList/write/binary");
+BENCHMARK_CAPTURE(write, text, PropertyList::Form::OldStyle)->Name("PropertyList/write/text");
+
+/// One record of a log, as its file holds it.
+void parseRecord(benchmark::State& state) {
+    const std::string text = OldStyleText::write(Value::Dictionary{
+        {"date", Date(283996799)},
+        {"fileLine", 1207},
+        {"fileName", "/Sources/FileInfo/TavMacFileInfo.m"},
+        {"function", "-[TavMacFileInfo copyTo:ensureUniqueName:]"},
+        {"message", "Couldn't remove \"IMG_0042.JPG\" from the device, error -43"},
+        {"processID", 4711},
+        {"processName", "Quillbox"},
+        {"thread", "main"},
+        {"type", 4},
+        {"userName", "somebody"},
+    });
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(OldStyleText::read(text, nullptr));
+    }
+    state.SetBytesProcessed(state.iterations() * std::int64_t(text.size()));
+}
+BENCHMARK(parseRecord)->Name("OldStyleText/parse/record");
 
 } // namespace

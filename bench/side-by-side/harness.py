@@ -59,6 +59,18 @@ def build(name, packages=(), libraries=(), static=False):
     return program
 
 
+def build_gnustep(name):
+    """Compiles peers/NAME.m against GNUstep Base; None with a remark when that fails."""
+    program = os.path.join(BIN, name)
+    command = "gcc -x objective-c $(gnustep-config --objc-flags) -std=gnu11 -O2 -w %s -o %s $(gnustep-config --base-libs)"
+    built = subprocess.run(command % (shlex.quote(script(name + ".m")), shlex.quote(program)), shell=True,
+                           capture_output=True, text=True, cwd=TMP, env=dict(os.environ, HOME=TMP))
+    if built.returncode:
+        note("skipped", name, "(not installed, or does not build)", built.stderr[:400])
+        return None
+    return program
+
+
 def have(program):
     """The path of an installed program, or None with a remark."""
     path = shutil.which(program)

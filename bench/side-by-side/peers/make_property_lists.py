@@ -1,5 +1,5 @@
-# FOLDER MEGABYTES: the lists of the job: list.xml of about that size, and list.binary with the same
-# content. Always the same bytes.
+# FOLDER MEGABYTES: the lists of the job: list.xml of about that size, list.binary with the same content,
+# and list.text, where numbers and dates are texts. Always the same bytes.
 import datetime
 import os
 import plistlib
@@ -27,3 +27,27 @@ content = {"info": {"records": [record(i) for i in range(int(megabytes * 1e6 / 7
 for name, form in (("list.xml", plistlib.FMT_XML), ("list.binary", plistlib.FMT_BINARY)):
     with open(os.path.join(folder, name), "wb") as file:
         plistlib.dump(content, file, fmt=form)
+
+
+def quoted(text):
+    escapes = {'"': '\\"', "\\": "\\\\"}
+    return '"' + "".join(escapes.get(c) or (c if ord(c) < 128 else "\\U%04x" % ord(c)) for c in text) + '"'
+
+
+def text_of(value, level):
+    """Old-style text with its usual quotes and indentation."""
+    inner, outer = "    " * (level + 1), "    " * level
+    if isinstance(value, dict):
+        entries = ("%s%s = %s;\n" % (inner, text_of(key, 0), text_of(value[key], level + 1)) for key in sorted(value))
+        return "{\n" + "".join(entries) + outer + "}"
+    if isinstance(value, list):
+        return "(\n" + ",\n".join(inner + text_of(element, level + 1) for element in value) + "\n" + outer + ")"
+    if isinstance(value, bytes):
+        digits = value.hex()
+        return "<" + " ".join(digits[i:i + 8] for i in range(0, len(digits), 8)) + ">"
+    text = {True: "YES", False: "NO"}[value] if isinstance(value, bool) else str(value)
+    return text if text.isascii() and text.isalnum() else quoted(text)
+
+
+with open(os.path.join(folder, "list.text"), "w") as file:
+    file.write(text_of(content, 0))
