@@ -173,8 +173,6 @@ TEST_F(AtomicFile, PathsThatAreNoneFail) {
     EXPECT_EQ(put("gone/x", ""), SystemError(ENOENT));
     EXPECT_EQ(put("gone/x/", ""), SystemError(ENOENT));
     EXPECT_EQ(put("gone/..", ""), SystemError(ENOENT));
-    EXPECT_EQ(writeFileAtomically("/" + std::string(4095, '/') + "x", {}),
-              SystemError(ENAMETOOLONG));
     EXPECT_EQ(namesIn(files, folder.path()), Names{"f"});
     EXPECT_EQ(read("f"), "text");
 }

@@ -4,10 +4,12 @@
 #include "base/Date.hpp"
 #include "base/Result.hpp"
 #include "platform/OpenFile.hpp"
+#include "platform/OpenFolder.hpp"
 #include "platform/Seam.hpp"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,9 +22,6 @@ namespace internal {
 /// The host's own file system (platform/linux).
 FileSystem& realFileSystem();
 } // namespace internal
-
-/// What a name in a folder stands for.
-enum class FileKind : std::uint8_t { Regular, Folder, Link, Pipe, Socket, Device, Unknown };
 
 /// What tells one file from every other. Two names with equal identities are the same file; the
 /// time of birth tells it from a later file that was given the number of a removed one.
@@ -42,7 +41,12 @@ struct FileAttributes {
     std::uint64_t size = 0; ///< Bytes of the content.
     FileIdentity identity;
     Date modificationDate;
-    Date changeDate; ///< Of the content or of anything that stands here.
+    Date changeDate;                  ///< Of the content or of anything that stands here.
+    std::optional<Date> creationDate; ///< Nothing where the file system keeps none.
+    /// Neither changed, moved nor removed by anybody, until that is taken from it.
+    bool isImmutable = false;
+    /// The identifier of its volume in `VolumeInfo`; 0 where the host does not tell it.
+    std::uint64_t mount = 0;
 };
 
 /// A name in a folder, with the kind where the listing itself tells it (otherwise `Unknown`).
@@ -56,8 +60,9 @@ enum class Replace : bool { No, Yes };
 
 /// The seam to files and folders: paths are absolute or relative to the working directory, names
 /// are bytes. Nothing here raises; every failure is answered as the host's error number: EINVAL for
-/// a path with a NUL in it, ENAMETOOLONG for one of 4096 bytes or more. Calls may come from any
-/// thread. An interrupted call is taken up again.
+/// a path with a NUL in it, ENAMETOOLONG for a name that the file system finds too long (255 bytes
+/// are the limit of most). Paths may have any length; what a link says may have 4095 bytes. Calls
+/// may come from any thread. An interrupted call is taken up again.
 class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
   public:
     virtual ~FileSystem() = default;
@@ -69,6 +74,9 @@ class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
 
     /// The names in a folder but "." and "..", in the file system's order.
     virtual Result<std::vector<FolderEntry>> folderEntries(std::string_view path) = 0;
+
+    /// Opens a folder (through links).
+    virtual Result<std::unique_ptr<OpenFolder>> openFolder(std::string_view path) = 0;
 
     /// The text of a link.
     virtual Result<std::string> linkTarget(std::string_view path) = 0;
@@ -97,6 +105,21 @@ class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
     virtual SystemError createLink(std::string_view path, std::string_view target) = 0;
     /// Of what the path leads to through links, exactly these.
     virtual SystemError setPermissions(std::string_view path, std::uint32_t permissions) = 0;
+
+    /// Of the file at the path itself, when it is a link of the link; to the nanosecond. The file
+    /// system rounds down to what it keeps, and takes its first or last for a date that it cannot
+    /// keep. EINVAL for a date that is more than 64-bit seconds from 1970, or not a number.
+    virtual SystemError setModificationDate(std::string_view path, Date date) = 0;
+
+    /// An extended attribute ("user.something") of what the path leads to through links. ENODATA
+    /// when it has none of that name, ENOTSUP where the volume keeps none of that kind.
+    virtual Result<Data> extendedAttribute(std::string_view path, std::string_view name) = 0;
+    /// Makes or replaces it. ERANGE for a name of more than 255 bytes or none, E2BIG for more than
+    /// 64 KiB; the volume may take less (ENOSPC).
+    virtual SystemError setExtendedAttribute(std::string_view path, std::string_view name,
+                                             BytesView value) = 0;
+    /// ENODATA when there is none.
+    virtual SystemError removeExtendedAttribute(std::string_view path, std::string_view name) = 0;
 
     /// Gives a file or folder another path in the same file system (EXDEV otherwise). Without
     /// replacing, EEXIST when something stands there; another spelling of its own name, where the

@@ -71,7 +71,6 @@ TEST_P(FileSystemConformance, PathsThatAreNoneFailEverywhere) {
         {path("f") + "\0"s, EINVAL},
         {path(std::string(256, 'n')), ENAMETOOLONG},
         {path(std::string(256, 'n')) + "/x", ENAMETOOLONG},
-        {"/" + std::string(4095, '/'), ENAMETOOLONG},
         {path("f/x"), ENOTDIR},
         {path("gone/x"), ENOENT},
     };
@@ -83,6 +82,13 @@ TEST_P(FileSystemConformance, PathsThatAreNoneFailEverywhere) {
         EXPECT_EQ(files.canonicalPath(wrong).error().number(), error) << wrong;
         EXPECT_EQ(files.readFile(wrong, unlimited).error().number(), error) << wrong;
         EXPECT_EQ(files.writeFile(wrong, {}, 0600).number(), error) << wrong;
+        EXPECT_EQ(files.openFolder(wrong).error().number(), error) << wrong;
+        EXPECT_EQ(files.open(wrong, {}).error().number(), error) << wrong;
+        EXPECT_EQ(files.syncFolder(wrong).number(), error) << wrong;
+        EXPECT_EQ(files.setModificationDate(wrong, Date(0)).number(), error) << wrong;
+        EXPECT_EQ(files.extendedAttribute(wrong, "user.a").error().number(), error) << wrong;
+        EXPECT_EQ(files.setExtendedAttribute(wrong, "user.a", {}).number(), error) << wrong;
+        EXPECT_EQ(files.removeExtendedAttribute(wrong, "user.a").number(), error) << wrong;
         EXPECT_EQ(files.createFolder(wrong, 0700).number(), error) << wrong;
         EXPECT_EQ(files.createLink(wrong, "x").number(), error) << wrong;
         EXPECT_EQ(files.setPermissions(wrong, 0600).number(), error) << wrong;
@@ -132,14 +138,6 @@ TEST_P(FileSystemConformance, NamesMayHave255Bytes) {
     EXPECT_EQ(read(longest), "text");
     EXPECT_EQ(namesIn("."), Names{longest});
     EXPECT_EQ(errorOfMove(longest, longest + "n", Replace::No), ENAMETOOLONG);
-}
-
-TEST_P(FileSystemConformance, PathsMayHave4095Bytes) {
-    makeFile("f", "text");
-    const std::string longest = root + std::string(4095 - root.size() - 1, '/') + "f";
-    ASSERT_EQ(longest.size(), 4095U);
-    EXPECT_TRUE(files.readFile(longest, 100).ok());
-    EXPECT_EQ(files.readFile("/" + longest, 100).error(), SystemError(ENAMETOOLONG));
 }
 
 TEST_P(FileSystemConformance, DotsAndSlashesAreWalked) {

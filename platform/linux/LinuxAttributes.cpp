@@ -1,6 +1,6 @@
 #include "platform/linux/LinuxAttributes.hpp"
 
-#include "platform/linux/Descriptor.hpp"
+#include "platform/linux/FileCalls.hpp"
 
 #include <cerrno>
 
@@ -11,8 +11,6 @@
 namespace tav {
 
 namespace {
-
-constexpr std::uint32_t permissionBits = 07777;
 
 Date dateOf(const struct ::statx_timestamp& time) {
     // Whole seconds are moved to 2001 first: a double then keeps more of the fraction.
@@ -53,8 +51,8 @@ FileKind kindOfMode(unsigned int mode) {
 Result<FileAttributes> attributesAt(int folder, const char* path, int flags) {
     struct ::statx status {};
     const int answer = retryInterrupted([&] {
-        return ::statx(folder, path, flags | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME,
-                       &status);
+        return ::statx(folder, path, flags | AT_NO_AUTOMOUNT,
+                       STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID, &status);
     });
     if (answer < 0) {
         return SystemError(errno);
@@ -69,9 +67,14 @@ Result<FileAttributes> attributesAt(int folder, const char* path, int flags) {
     attributes.identity.number = status.stx_ino;
     if ((status.stx_mask & STATX_BTIME) != 0) {
         attributes.identity.birthNanoseconds = nanosecondsOf(status.stx_btime);
+        attributes.creationDate = dateOf(status.stx_btime);
     }
     attributes.modificationDate = dateOf(status.stx_mtime);
     attributes.changeDate = dateOf(status.stx_ctime);
+    attributes.isImmutable = (status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
+    if ((status.stx_mask & STATX_MNT_ID) != 0) {
+        attributes.mount = status.stx_mnt_id;
+    }
     return attributes;
 }
 

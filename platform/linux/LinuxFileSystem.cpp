@@ -1,19 +1,22 @@
 #include "platform/linux/LinuxFileSystem.hpp"
 
 #include "base/PathString.hpp"
+#include "platform/linux/CanonicalPath.hpp"
 #include "platform/linux/Descriptor.hpp"
+#include "platform/linux/FileCalls.hpp"
+#include "platform/linux/FolderRecords.hpp"
 #include "platform/linux/LinuxAttributes.hpp"
-#include "platform/linux/LinuxOpenFile.hpp"
+#include "platform/linux/LinuxOpenFolder.hpp"
 
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <new>
-#include <span>
+#include <optional>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -24,84 +27,30 @@ namespace tav {
 
 namespace {
 
-constexpr std::uint32_t permissionBits = 07777;
-
-/// A path as the kernel wants it: a copy that ends in a NUL, or why it cannot be one.
-class KernelPath {
-  public:
-    explicit KernelPath(std::string_view path) {
-        if (path.find('\0') != std::string_view::npos) {
-            error_ = SystemError(EINVAL);
-        } else if (path.size() >= text_.size()) {
-            error_ = SystemError(ENAMETOOLONG);
-        } else {
-            *std::copy(path.begin(), path.end(), text_.begin()) = '\0';
-        }
-    }
-
-    [[nodiscard]] bool ok() const { return error_.isNone(); }
-    [[nodiscard]] SystemError error() const { return error_; }
-    /// Only when `ok()`.
-    [[nodiscard]] const char* text() const { return text_.data(); }
-
-  private:
-    SystemError error_;
-    std::array<char, PATH_MAX> text_;
-};
-
-/// The call's answer 0 or -1 with `errno`, as an error.
-template <class Call>
-SystemError errorOf(Call call) {
-    return retryInterrupted(call) < 0 ? SystemError(errno) : SystemError();
-}
-
 Result<FileAttributes> attributesOf(std::string_view path, int flags) {
     const KernelPath kernelPath(path);
-    return kernelPath.ok() ? attributesAt(AT_FDCWD, kernelPath.text(), flags)
+    return kernelPath.ok() ? attributesAt(kernelPath.folder(), kernelPath.text(), flags)
                            : Result<FileAttributes>(kernelPath.error());
 }
 
-/// Appends the entries of one answer of the kernel.
-void appendEntries(std::span<const std::byte> answer, std::vector<FolderEntry>& entries) {
-    std::size_t offset = 0;
-    while (offset < answer.size()) {
-        const std::byte* record = answer.data() + offset;
-        unsigned short length = 0;
-        std::memcpy(&length, record + offsetof(struct ::dirent64, d_reclen), sizeof(length));
-        const auto type =
-            std::to_integer<unsigned int>(record[offsetof(struct ::dirent64, d_type)]);
-        const std::string_view name =
-            reinterpret_cast<const char*>(record + offsetof(struct ::dirent64, d_name));
-        if (name != "." && name != "..") {
-            entries.push_back({std::string(name), kindOfMode(DTTOIF(type))});
-        }
-        offset += length;
+/// A date as the kernel wants it, to the nearest nanosecond; nothing for one that it cannot take.
+std::optional<struct ::timespec> kernelTimeOf(Date date) {
+    constexpr double limit = 9.2e18; // seconds, well below 2^63
+    const double seconds = std::floor(date.secondsSinceReferenceDate());
+    if (!(std::abs(seconds) <= limit)) {
+        return std::nullopt;
     }
-}
-
-/// Whether the open file may be read or written as a file. Its size, too.
-Result<std::uint64_t> sizeOfRegularFile(const Descriptor& file) {
-    struct ::stat status {};
-    if (::fstat(file.number(), &status) != 0) {
-        return SystemError(errno);
+    struct ::timespec time {};
+    // Moved to 1970 as a whole number, which a double may be too narrow for together with the
+    // fraction.
+    time.tv_sec =
+        static_cast<::time_t>(seconds) + static_cast<::time_t>(Date::secondsFrom1970To2001);
+    time.tv_nsec = std::lround((date.secondsSinceReferenceDate() - seconds) * 1e9);
+    if (time.tv_nsec == 1'000'000'000) {
+        ++time.tv_sec;
+        time.tv_nsec = 0;
     }
-    if (S_ISDIR(status.st_mode)) {
-        return SystemError(EISDIR);
-    }
-    if (!S_ISREG(status.st_mode)) {
-        return SystemError(EINVAL);
-    }
-    return static_cast<std::uint64_t>(status.st_size);
-}
-
-/// Opens what may turn out to be a pipe or a device without waiting for its other end.
-Result<Descriptor> openWithoutWaiting(const KernelPath& path, int flags, std::uint32_t mode) {
-    auto file = Descriptor::open(AT_FDCWD, path.text(), flags | O_NONBLOCK, mode);
-    // Sockets, pipes that nobody reads and devices without a driver do not even open.
-    if (file.error() == SystemError(ENXIO) || file.error() == SystemError(ENODEV)) {
-        return SystemError(EINVAL);
-    }
-    return file;
+    return time;
 }
 
 } // namespace
@@ -126,23 +75,33 @@ Result<std::vector<FolderEntry>> LinuxFileSystem::folderEntries(std::string_view
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    const auto folder = Descriptor::open(kernelPath.text(), O_RDONLY | O_DIRECTORY | O_NONBLOCK);
+    const auto folder = openFolderAt(kernelPath.folder(), kernelPath.text());
     if (!folder.ok()) {
         return folder.error();
     }
-    alignas(struct ::dirent64) std::array<std::byte, 32768> buffer;
+    alignas(struct ::dirent64) std::array<std::byte, 65536> buffer;
     std::vector<FolderEntry> entries;
-    for (;;) {
-        const ::ssize_t got = retryInterrupted(
-            [&] { return ::getdents64(folder.value().number(), buffer.data(), buffer.size()); });
-        if (got < 0) {
-            return SystemError(errno);
-        }
-        if (got == 0) {
-            return entries;
-        }
-        appendEntries(std::span(buffer).first(static_cast<std::size_t>(got)), entries);
+    const SystemError error =
+        forEachFolderRecord(folder.value(), buffer, [&](const FolderRecord& record) {
+            const std::string_view name = record.name;
+            if (name != "." && name != "..") {
+                entries.push_back({std::string(name), kindOfMode(DTTOIF(unsigned{record.type}))});
+            }
+        });
+    return error.isNone() ? Result(std::move(entries)) : error;
+}
+
+Result<std::unique_ptr<OpenFolder>> LinuxFileSystem::openFolder(std::string_view path) {
+    const KernelPath kernelPath(path);
+    if (!kernelPath.ok()) {
+        return kernelPath.error();
     }
+    auto folder = openFolderAt(kernelPath.folder(), kernelPath.text());
+    if (!folder.ok()) {
+        return folder.error();
+    }
+    return Result<std::unique_ptr<OpenFolder>>(
+        std::make_unique<LinuxOpenFolder>(std::move(folder).value()));
 }
 
 Result<std::string> LinuxFileSystem::linkTarget(std::string_view path) {
@@ -150,30 +109,26 @@ Result<std::string> LinuxFileSystem::linkTarget(std::string_view path) {
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    std::array<char, PATH_MAX> buffer;
-    const ::ssize_t length = retryInterrupted(
-        [&] { return ::readlinkat(AT_FDCWD, kernelPath.text(), buffer.data(), buffer.size()); });
-    if (length < 0) {
-        return SystemError(errno);
-    }
-    if (static_cast<std::size_t>(length) == buffer.size()) {
-        return SystemError(ENAMETOOLONG); // perhaps cut
-    }
-    return std::string(buffer.data(), static_cast<std::size_t>(length));
+    return linkTargetAt(kernelPath.folder(), kernelPath.text());
 }
 
 Result<std::string> LinuxFileSystem::canonicalPath(std::string_view path) {
-    const KernelPath kernelPath(path);
-    if (!kernelPath.ok()) {
-        return kernelPath.error();
+    if (path.find('\0') != std::string_view::npos) {
+        return SystemError(EINVAL);
     }
-    std::array<char, PATH_MAX> buffer;
-    const SystemError error =
-        errorOf([&] { return ::realpath(kernelPath.text(), buffer.data()) == nullptr ? -1 : 0; });
-    if (!error.isNone()) {
-        return error;
+    if (path.size() < PATH_MAX) {
+        const std::string text(path);
+        std::array<char, PATH_MAX> buffer;
+        const SystemError error =
+            errorOf([&] { return ::realpath(text.c_str(), buffer.data()) == nullptr ? -1 : 0; });
+        if (error.isNone()) {
+            return std::string(buffer.data());
+        }
+        if (error != SystemError(ENAMETOOLONG)) {
+            return error;
+        }
     }
-    return std::string(buffer.data());
+    return canonicalLongPath(path);
 }
 
 Result<Data> LinuxFileSystem::readFile(std::string_view path, std::uint64_t maximumSize) {
@@ -181,7 +136,7 @@ Result<Data> LinuxFileSystem::readFile(std::string_view path, std::uint64_t maxi
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    const auto file = openWithoutWaiting(kernelPath, O_RDONLY, 0);
+    const auto file = openWithoutWaiting(kernelPath.folder(), kernelPath.text(), O_RDONLY, 0);
     if (!file.ok()) {
         return file.error();
     }
@@ -201,7 +156,8 @@ SystemError LinuxFileSystem::writeFile(std::string_view path, BytesView content,
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    auto file = openWithoutWaiting(kernelPath, O_WRONLY | O_CREAT, permissions & permissionBits);
+    auto file = openWithoutWaiting(kernelPath.folder(), kernelPath.text(), O_WRONLY | O_CREAT,
+                                   permissions & permissionBits);
     if (!file.ok()) {
         return file.error();
     }
@@ -223,20 +179,8 @@ SystemError LinuxFileSystem::writeFile(std::string_view path, BytesView content,
 Result<std::unique_ptr<OpenFile>> LinuxFileSystem::open(std::string_view path,
                                                         const OpenOptions& options) {
     const KernelPath kernelPath(path);
-    if (!options.areConsistent() || !kernelPath.ok()) {
-        return options.areConsistent() ? kernelPath.error() : SystemError(EINVAL);
-    }
-    const int flags = (options.write ? O_RDWR : O_RDONLY) | (options.create ? O_CREAT : 0) |
-                      (options.mustBeNew ? O_EXCL : 0) | (options.append ? O_APPEND : 0);
-    auto file = openWithoutWaiting(kernelPath, flags, options.permissions & permissionBits);
-    if (!file.ok()) {
-        return file.error();
-    }
-    if (const auto size = sizeOfRegularFile(file.value()); !size.ok()) {
-        return size.error();
-    }
-    return Result<std::unique_ptr<OpenFile>>(
-        std::make_unique<LinuxOpenFile>(std::move(file).value(), options.write));
+    return kernelPath.ok() ? openFileAt(kernelPath.folder(), kernelPath.text(), options)
+                           : Result<std::unique_ptr<OpenFile>>(kernelPath.error());
 }
 
 SystemError LinuxFileSystem::syncFolder(std::string_view path) {
@@ -244,7 +188,7 @@ SystemError LinuxFileSystem::syncFolder(std::string_view path) {
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    const auto folder = Descriptor::open(kernelPath.text(), O_RDONLY | O_DIRECTORY | O_NONBLOCK);
+    const auto folder = openFolderAt(kernelPath.folder(), kernelPath.text());
     return folder.ok() ? errorOf([&] { return ::fsync(folder.value().number()); }) : folder.error();
 }
 
@@ -253,17 +197,23 @@ SystemError LinuxFileSystem::createFolder(std::string_view path, std::uint32_t p
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    return errorOf(
-        [&] { return ::mkdirat(AT_FDCWD, kernelPath.text(), permissions & permissionBits); });
+    return errorOf([&] {
+        return ::mkdirat(kernelPath.folder(), kernelPath.text(), permissions & permissionBits);
+    });
 }
 
 SystemError LinuxFileSystem::createLink(std::string_view path, std::string_view target) {
     const KernelPath kernelPath(path);
-    const KernelPath kernelTarget(target);
-    if (!kernelPath.ok() || !kernelTarget.ok()) {
-        return kernelPath.ok() ? kernelTarget.error() : kernelPath.error();
+    if (!kernelPath.ok()) {
+        return kernelPath.error();
     }
-    return errorOf([&] { return ::symlinkat(kernelTarget.text(), AT_FDCWD, kernelPath.text()); });
+    if (target.find('\0') != std::string_view::npos) {
+        return SystemError(EINVAL);
+    }
+    // The kernel itself refuses what is longer than a link may be.
+    const std::string text(target);
+    return errorOf(
+        [&] { return ::symlinkat(text.c_str(), kernelPath.folder(), kernelPath.text()); });
 }
 
 SystemError LinuxFileSystem::setPermissions(std::string_view path, std::uint32_t permissions) {
@@ -271,12 +221,31 @@ SystemError LinuxFileSystem::setPermissions(std::string_view path, std::uint32_t
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    return errorOf(
-        [&] { return ::fchmodat(AT_FDCWD, kernelPath.text(), permissions & permissionBits, 0); });
+    return errorOf([&] {
+        return ::fchmodat(kernelPath.folder(), kernelPath.text(), permissions & permissionBits, 0);
+    });
 }
 
-SystemError LinuxFileSystem::rename(const char* from, const char* to, unsigned int flags) {
-    return errorOf([&] { return ::renameat2(AT_FDCWD, from, AT_FDCWD, to, flags); });
+SystemError LinuxFileSystem::setModificationDate(std::string_view path, Date date) {
+    const KernelPath kernelPath(path);
+    if (!kernelPath.ok()) {
+        return kernelPath.error();
+    }
+    const auto time = kernelTimeOf(date);
+    if (!time) {
+        return SystemError(EINVAL);
+    }
+    const std::array<struct ::timespec, 2> times = {{{0, UTIME_OMIT}, *time}};
+    return errorOf([&] {
+        return ::utimensat(kernelPath.folder(), kernelPath.text(), times.data(),
+                           AT_SYMLINK_NOFOLLOW);
+    });
+}
+
+SystemError LinuxFileSystem::rename(const KernelPath& from, const KernelPath& to,
+                                    unsigned int flags) {
+    return errorOf(
+        [&] { return ::renameat2(from.folder(), from.text(), to.folder(), to.text(), flags); });
 }
 
 /// Whether both paths lead to one file and its folder does not list the second name: the file
@@ -306,20 +275,20 @@ SystemError LinuxFileSystem::move(std::string_view from, std::string_view to, Re
         return kernelFrom.ok() ? kernelTo.error() : kernelFrom.error();
     }
     if (replace == Replace::Yes) {
-        return rename(kernelFrom.text(), kernelTo.text(), 0);
+        return rename(kernelFrom, kernelTo, 0);
     }
-    SystemError error = rename(kernelFrom.text(), kernelTo.text(), RENAME_NOREPLACE);
+    SystemError error = rename(kernelFrom, kernelTo, RENAME_NOREPLACE);
     if (error == SystemError(EINVAL) || error == SystemError(ENOSYS)) {
         // Not every file system can refuse to replace: look first. Between the two calls somebody
         // else's file may come, and would be replaced.
         const auto there = attributes(to);
         error = there.ok() ? SystemError(EEXIST) : there.error();
         if (error == SystemError(ENOENT)) {
-            return rename(kernelFrom.text(), kernelTo.text(), 0);
+            return rename(kernelFrom, kernelTo, 0);
         }
     }
     if (error == SystemError(EEXIST) && isOtherSpelling(from, to)) {
-        return rename(kernelFrom.text(), kernelTo.text(), 0);
+        return rename(kernelFrom, kernelTo, 0);
     }
     return error;
 }
@@ -329,7 +298,7 @@ SystemError LinuxFileSystem::removeFile(std::string_view path) {
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    return errorOf([&] { return ::unlinkat(AT_FDCWD, kernelPath.text(), 0); });
+    return errorOf([&] { return ::unlinkat(kernelPath.folder(), kernelPath.text(), 0); });
 }
 
 SystemError LinuxFileSystem::removeFolder(std::string_view path) {
@@ -337,7 +306,8 @@ SystemError LinuxFileSystem::removeFolder(std::string_view path) {
     if (!kernelPath.ok()) {
         return kernelPath.error();
     }
-    return errorOf([&] { return ::unlinkat(AT_FDCWD, kernelPath.text(), AT_REMOVEDIR); });
+    return errorOf(
+        [&] { return ::unlinkat(kernelPath.folder(), kernelPath.text(), AT_REMOVEDIR); });
 }
 
 } // namespace tav

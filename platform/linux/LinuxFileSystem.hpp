@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/FileSystem.hpp"
+#include "platform/linux/KernelPath.hpp"
 
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@ class LinuxFileSystem : public FileSystem {
     Result<FileAttributes> attributes(std::string_view path) override;
     Result<FileAttributes> targetAttributes(std::string_view path) override;
     Result<std::vector<FolderEntry>> folderEntries(std::string_view path) override;
+    Result<std::unique_ptr<OpenFolder>> openFolder(std::string_view path) override;
     Result<std::string> linkTarget(std::string_view path) override;
     Result<std::string> canonicalPath(std::string_view path) override;
     Result<Data> readFile(std::string_view path, std::uint64_t maximumSize) override;
@@ -26,13 +28,18 @@ class LinuxFileSystem : public FileSystem {
     SystemError createFolder(std::string_view path, std::uint32_t permissions) override;
     SystemError createLink(std::string_view path, std::string_view target) override;
     SystemError setPermissions(std::string_view path, std::uint32_t permissions) override;
+    SystemError setModificationDate(std::string_view path, Date date) override;
+    Result<Data> extendedAttribute(std::string_view path, std::string_view name) override;
+    SystemError setExtendedAttribute(std::string_view path, std::string_view name,
+                                     BytesView value) override;
+    SystemError removeExtendedAttribute(std::string_view path, std::string_view name) override;
     SystemError move(std::string_view from, std::string_view to, Replace replace) override;
     SystemError removeFile(std::string_view path) override;
     SystemError removeFolder(std::string_view path) override;
 
   protected:
     /// `renameat2` with its flags. Tests put the answers of other file systems here.
-    virtual SystemError rename(const char* from, const char* to, unsigned int flags);
+    virtual SystemError rename(const KernelPath& from, const KernelPath& to, unsigned int flags);
 
   private:
     bool isOtherSpelling(std::string_view from, std::string_view to);

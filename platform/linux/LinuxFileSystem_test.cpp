@@ -276,7 +276,7 @@ class NeverRefuses : public LinuxFileSystem {
     int answer = EINVAL;
 
   protected:
-    SystemError rename(const char* from, const char* to, unsigned int flags) override {
+    SystemError rename(const KernelPath& from, const KernelPath& to, unsigned int flags) override {
         return flags != 0 ? SystemError(answer) : LinuxFileSystem::rename(from, to, flags);
     }
 };
@@ -315,10 +315,11 @@ class IgnoresCase : public LinuxFileSystem {
     }
 
   protected:
-    SystemError rename(const char* from, const char* to, unsigned int flags) override {
+    SystemError rename(const KernelPath& from, const KernelPath& to, unsigned int flags) override {
         const bool stands = LinuxFileSystem::attributes(stored_).ok();
-        return flags != 0 && to == asked_ && stands ? SystemError(EEXIST)
-                                                    : LinuxFileSystem::rename(from, to, flags);
+        return flags != 0 && to.text() == asked_ && stands
+                   ? SystemError(EEXIST)
+                   : LinuxFileSystem::rename(from, to, flags);
     }
 
   private:

@@ -1,6 +1,7 @@
 #include "platform/memory/FaultyFileSystem.hpp"
 
 #include "platform/memory/FaultyOpenFile.hpp"
+#include "platform/memory/FaultyOpenFolder.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -93,6 +94,11 @@ Result<std::vector<FolderEntry>> FaultyFileSystem::folderEntries(std::string_vie
     return error.isNone() ? inner_.folderEntries(path) : error;
 }
 
+Result<std::unique_ptr<OpenFolder>> FaultyFileSystem::openFolder(std::string_view path) {
+    const SystemError error = count("openFolder");
+    return error.isNone() ? FaultyOpenFolder::over(*this, inner_.openFolder(path)) : error;
+}
+
 Result<std::string> FaultyFileSystem::linkTarget(std::string_view path) {
     const SystemError error = count("linkTarget");
     return error.isNone() ? inner_.linkTarget(path) : error;
@@ -121,12 +127,7 @@ Result<std::unique_ptr<OpenFile>> FaultyFileSystem::open(std::string_view path,
     if (const SystemError error = count("open"); !error.isNone()) {
         return error;
     }
-    auto file = inner_.open(path, options);
-    if (!file.ok()) {
-        return file.error();
-    }
-    return Result<std::unique_ptr<OpenFile>>(
-        std::make_unique<FaultyOpenFile>(*this, std::move(file).value()));
+    return FaultyOpenFile::over(*this, inner_.open(path, options));
 }
 
 SystemError FaultyFileSystem::syncFolder(std::string_view path) {
@@ -147,6 +148,28 @@ SystemError FaultyFileSystem::createLink(std::string_view path, std::string_view
 SystemError FaultyFileSystem::setPermissions(std::string_view path, std::uint32_t permissions) {
     const SystemError error = count("setPermissions");
     return error.isNone() ? inner_.setPermissions(path, permissions) : error;
+}
+
+SystemError FaultyFileSystem::setModificationDate(std::string_view path, Date date) {
+    const SystemError error = count("setModificationDate");
+    return error.isNone() ? inner_.setModificationDate(path, date) : error;
+}
+
+Result<Data> FaultyFileSystem::extendedAttribute(std::string_view path, std::string_view name) {
+    const SystemError error = count("extendedAttribute");
+    return error.isNone() ? inner_.extendedAttribute(path, name) : error;
+}
+
+SystemError FaultyFileSystem::setExtendedAttribute(std::string_view path, std::string_view name,
+                                                   BytesView value) {
+    const SystemError error = count("setExtendedAttribute");
+    return error.isNone() ? inner_.setExtendedAttribute(path, name, value) : error;
+}
+
+SystemError FaultyFileSystem::removeExtendedAttribute(std::string_view path,
+                                                      std::string_view name) {
+    const SystemError error = count("removeExtendedAttribute");
+    return error.isNone() ? inner_.removeExtendedAttribute(path, name) : error;
 }
 
 SystemError FaultyFileSystem::move(std::string_view from, std::string_view to, Replace replace) {

@@ -13,12 +13,14 @@
 namespace tav {
 
 /// Another file system whose calls are counted and fail where a test wants it; the calls of the
-/// files that it opened count, too, and are named "OpenFile.read", ... A call that fails does not
+/// files and folders that it opened count, too, and are named "OpenFile.read",
+/// "OpenFolder.entries", ... A call that fails does not
 /// reach the other one, but for `OpenFile::close`, which closes as every close does. What only ends
 /// with an object, a file that is closed by its destructor for one, is no call.
 ///
-/// The other one must outlive it, and it the files that it opened. One thread at a time: whoever
-/// shares it among threads holds a lock of their own around each call, as the log does.
+/// The other one must outlive it, and it the files and folders that it opened. One thread at a
+/// time: whoever shares it among threads holds a lock of their own around each call, as the log
+/// does.
 class FaultyFileSystem final : public FileSystem {
   public:
     explicit FaultyFileSystem(FileSystem& inner) : inner_(inner) {}
@@ -55,6 +57,7 @@ class FaultyFileSystem final : public FileSystem {
     Result<FileAttributes> attributes(std::string_view path) override;
     Result<FileAttributes> targetAttributes(std::string_view path) override;
     Result<std::vector<FolderEntry>> folderEntries(std::string_view path) override;
+    Result<std::unique_ptr<OpenFolder>> openFolder(std::string_view path) override;
     Result<std::string> linkTarget(std::string_view path) override;
     Result<std::string> canonicalPath(std::string_view path) override;
     Result<Data> readFile(std::string_view path, std::uint64_t maximumSize) override;
@@ -66,12 +69,18 @@ class FaultyFileSystem final : public FileSystem {
     SystemError createFolder(std::string_view path, std::uint32_t permissions) override;
     SystemError createLink(std::string_view path, std::string_view target) override;
     SystemError setPermissions(std::string_view path, std::uint32_t permissions) override;
+    SystemError setModificationDate(std::string_view path, Date date) override;
+    Result<Data> extendedAttribute(std::string_view path, std::string_view name) override;
+    SystemError setExtendedAttribute(std::string_view path, std::string_view name,
+                                     BytesView value) override;
+    SystemError removeExtendedAttribute(std::string_view path, std::string_view name) override;
     SystemError move(std::string_view from, std::string_view to, Replace replace) override;
     SystemError removeFile(std::string_view path) override;
     SystemError removeFolder(std::string_view path) override;
 
   private:
     friend class FaultyOpenFile;
+    friend class FaultyOpenFolder;
 
     /// What becomes of a call that writes.
     struct WriteCall {

@@ -2,6 +2,15 @@
 
 namespace tav {
 
+Result<std::unique_ptr<OpenFile>> FaultyOpenFile::over(FaultyFileSystem& files,
+                                                       Result<std::unique_ptr<OpenFile>> inner) {
+    if (!inner.ok()) {
+        return inner;
+    }
+    return Result<std::unique_ptr<OpenFile>>(
+        std::make_unique<FaultyOpenFile>(files, std::move(inner).value()));
+}
+
 Result<FileAttributes> FaultyOpenFile::attributes() {
     const SystemError error = files_.count("OpenFile.attributes");
     return error.isNone() ? inner_->attributes() : error;

@@ -12,6 +12,10 @@ class FaultyOpenFile final : public OpenFile {
     FaultyOpenFile(FaultyFileSystem& files, std::unique_ptr<OpenFile> inner)
         : files_(files), inner_(std::move(inner)) {}
 
+    /// What the inner file system answered, with its file in one of these.
+    static Result<std::unique_ptr<OpenFile>> over(FaultyFileSystem& files,
+                                                  Result<std::unique_ptr<OpenFile>> inner);
+
     Result<FileAttributes> attributes() override;
     Result<std::size_t> read(std::span<std::byte> buffer) override;
     Result<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> buffer) override;

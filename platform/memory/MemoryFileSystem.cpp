@@ -1,6 +1,7 @@
 #include "platform/memory/MemoryFileSystem.hpp"
 
 #include "platform/memory/MemoryOpenFile.hpp"
+#include "platform/memory/MemoryOpenFolder.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -16,6 +17,9 @@ constexpr double firstMoment = 1'600'000'000;
 constexpr double secondsBetweenChanges = 1.0 / 1024;
 constexpr std::uint32_t permissionBits = 07777;
 constexpr std::size_t longestTarget = 4095;
+constexpr std::size_t longestAttributeName = 255;
+constexpr std::size_t largestAttribute = 65536;
+constexpr double furthestDate = 9.2e18;
 
 SystemError errorOfTarget(std::string_view target) {
     if (target.empty()) {
@@ -86,23 +90,36 @@ Date MemoryFileSystem::takeTime() {
     return taken;
 }
 
-Result<MemoryPlace> MemoryFileSystem::find(std::string_view path, Last last) {
-    return tree_.find(path, last, isCaseInsensitive);
+Result<MemoryPlace> MemoryFileSystem::find(std::string_view path, Last last, MemoryNode* folder) {
+    return tree_.find(path, last, isCaseInsensitive, folder);
 }
 
-Result<MemoryPlace> MemoryFileSystem::findExisting(std::string_view path, Last last) {
-    auto place = find(path, last);
+Result<MemoryPlace> MemoryFileSystem::findExisting(std::string_view path, Last last,
+                                                   MemoryNode* folder) {
+    auto place = find(path, last, folder);
     if (place.ok() && place.value().node == nullptr) {
         return SystemError(ENOENT);
     }
     return place;
 }
 
-SystemError MemoryFileSystem::errorOfNewName(std::string_view name) const {
+SystemError MemoryFileSystem::errorOfChange(const MemoryNode& node) const {
     if (isReadOnly) {
         return SystemError(EROFS);
     }
-    const bool isForbidden = name.find_first_of(forbiddenCharacters) != std::string_view::npos;
+    return node.attributes.isImmutable ? SystemError(EPERM) : SystemError();
+}
+
+SystemError MemoryFileSystem::errorOfRemoval(const MemoryPlace& place) const {
+    const SystemError error = errorOfChange(place.folder());
+    return error.isNone() ? errorOfChange(*place.node) : error;
+}
+
+SystemError MemoryFileSystem::errorOfNewName(const MemoryPlace& place) const {
+    if (const SystemError error = errorOfChange(place.folder()); !error.isNone()) {
+        return error;
+    }
+    const bool isForbidden = place.name.find_first_of(forbiddenCharacters) != std::string::npos;
     return isForbidden ? SystemError(EINVAL) : SystemError();
 }
 
@@ -189,7 +206,17 @@ void MemoryFileSystem::addVolume(std::string_view path) {
     if (place.node != nullptr) {
         raise(SystemError(EEXIST), path);
     }
-    add(place, FileKind::Folder, 0755).attributes.identity.device = ++devices_;
+    FileAttributes& attributes = add(place, FileKind::Folder, 0755).attributes;
+    attributes.identity.device = ++devices_;
+    attributes.mount = devices_;
+}
+
+void MemoryFileSystem::setImmutable(std::string_view path, bool isImmutable) {
+    const auto place = findExisting(path, Last::Name);
+    if (!place.ok()) {
+        raise(place.error(), path);
+    }
+    place.value().node->attributes.isImmutable = isImmutable;
 }
 
 void MemoryFileSystem::removeAll(std::string_view path) {
@@ -201,8 +228,9 @@ void MemoryFileSystem::removeAll(std::string_view path) {
 
 // Questions.
 
-Result<FileAttributes> MemoryFileSystem::attributesOf(std::string_view path, Last last) {
-    const auto place = findExisting(path, last);
+Result<FileAttributes> MemoryFileSystem::attributesOf(std::string_view path, Last last,
+                                                      MemoryNode* folder) {
+    const auto place = findExisting(path, last, folder);
     return place.ok() ? Result(place.value().node->attributes)
                       : Result<FileAttributes>(place.error());
 }
@@ -217,25 +245,46 @@ Result<FileAttributes> MemoryFileSystem::targetAttributes(std::string_view path)
     return attributesOf(path, Last::Target);
 }
 
-Result<std::vector<FolderEntry>> MemoryFileSystem::folderEntries(std::string_view path) {
-    note("folderEntries", path);
-    const auto place = findExisting(path, Last::Target);
+Result<MemoryNode*> MemoryFileSystem::findFolder(std::string_view path, Last last,
+                                                 MemoryNode* folder) {
+    const auto place = findExisting(path, last, folder);
     if (!place.ok()) {
         return place.error();
     }
-    if (!place.value().node->isFolder()) {
-        return SystemError(ENOTDIR);
+    MemoryNode* const node = place.value().node;
+    return node->isFolder() ? Result(node) : Result<MemoryNode*>(SystemError(ENOTDIR));
+}
+
+Result<std::vector<FolderEntry>> MemoryFileSystem::folderEntries(std::string_view path) {
+    note("folderEntries", path);
+    const auto folder = findFolder(path, Last::Target);
+    if (!folder.ok()) {
+        return folder.error();
     }
     std::vector<FolderEntry> entries;
-    for (const auto& [name, number] : place.value().node->entries) {
+    for (const auto& [name, number] : folder.value()->entries) {
         entries.push_back({name, tree_.kindOf(number)});
     }
     return entries;
 }
 
+Result<std::unique_ptr<OpenFolder>> MemoryFileSystem::openFolder(std::string_view path) {
+    note("openFolder", path);
+    const auto folder = findFolder(path, Last::Target);
+    if (!folder.ok()) {
+        return folder.error();
+    }
+    return Result<std::unique_ptr<OpenFolder>>(
+        std::make_unique<MemoryOpenFolder>(*this, *folder.value(), path));
+}
+
 Result<std::string> MemoryFileSystem::linkTarget(std::string_view path) {
     note("linkTarget", path);
-    const auto place = findExisting(path, Last::Link);
+    return linkTargetOf(path, nullptr);
+}
+
+Result<std::string> MemoryFileSystem::linkTargetOf(std::string_view path, MemoryNode* folder) {
+    const auto place = findExisting(path, Last::Link, folder);
     if (!place.ok()) {
         return place.error();
     }
@@ -250,9 +299,7 @@ Result<std::string> MemoryFileSystem::canonicalPath(std::string_view path) {
     if (!place.ok()) {
         return place.error();
     }
-    std::string canonical = place.value().path();
-    return canonical.size() > longestTarget ? Result<std::string>(SystemError(ENAMETOOLONG))
-                                            : Result(std::move(canonical));
+    return place.value().path();
 }
 
 Result<Data> MemoryFileSystem::readFile(std::string_view path, std::uint64_t maximumSize) {
@@ -290,23 +337,24 @@ SystemError MemoryFileSystem::writeFile(std::string_view path, BytesView content
         return SystemError(EISDIR);
     }
     if (file == nullptr) {
-        const SystemError error = errorOfNewName(place.value().name);
+        const SystemError error = errorOfNewName(place.value());
         if (!error.isNone()) {
             return error;
         }
         file = &add(place.value(), FileKind::Regular, permissions);
     }
-    return isReadOnly ? SystemError(EROFS) : write(*file, content);
+    const SystemError error = errorOfChange(*file);
+    return error.isNone() ? write(*file, content) : error;
 }
 
-Result<MemoryNode*> MemoryFileSystem::nodeToOpen(std::string_view path,
-                                                 const OpenOptions& options) {
+Result<MemoryNode*> MemoryFileSystem::nodeToOpen(std::string_view path, const OpenOptions& options,
+                                                 MemoryNode* folder) {
     if (options.create && path.ends_with('/')) {
         // Refused whatever stands there, as `writeFile` does.
-        const auto place = find(path, Last::Name);
+        const auto place = find(path, Last::Name, folder);
         return place.ok() ? SystemError(EISDIR) : place.error();
     }
-    const auto place = find(path, options.mustBeNew ? Last::Name : Last::Target);
+    const auto place = find(path, options.mustBeNew ? Last::Name : Last::Target, folder);
     if (!place.ok()) {
         return place.error();
     }
@@ -314,7 +362,7 @@ Result<MemoryNode*> MemoryFileSystem::nodeToOpen(std::string_view path,
     if (node == nullptr && options.create) {
         // A link may end in a slash.
         const SystemError error =
-            place.value().endsInSlash ? SystemError(EISDIR) : errorOfNewName(place.value().name);
+            place.value().endsInSlash ? SystemError(EISDIR) : errorOfNewName(place.value());
         return error.isNone() ? Result(&add(place.value(), FileKind::Regular, options.permissions))
                               : Result<MemoryNode*>(error);
     }
@@ -324,42 +372,52 @@ Result<MemoryNode*> MemoryFileSystem::nodeToOpen(std::string_view path,
     if (node->isFolder()) {
         return SystemError(EISDIR);
     }
-    return options.write && isReadOnly ? Result<MemoryNode*>(SystemError(EROFS)) : Result(node);
+    const SystemError error = options.write ? errorOfChange(*node) : SystemError();
+    return error.isNone() ? Result(node) : error;
 }
 
 Result<std::unique_ptr<OpenFile>> MemoryFileSystem::open(std::string_view path,
                                                          const OpenOptions& options) {
     note("open", path);
+    return openFile(path, options, nullptr, path);
+}
+
+/// `knownAs` is the path for the journal.
+Result<std::unique_ptr<OpenFile>> MemoryFileSystem::openFile(std::string_view path,
+                                                             const OpenOptions& options,
+                                                             MemoryNode* folder,
+                                                             std::string_view knownAs) {
     if (!options.areConsistent()) {
         return SystemError(EINVAL);
     }
-    const auto node = nodeToOpen(path, options);
+    const auto node = nodeToOpen(path, options, folder);
     if (!node.ok()) {
         return node.error();
     }
     return Result<std::unique_ptr<OpenFile>>(
-        std::make_unique<MemoryOpenFile>(*this, *node.value(), path, options));
+        std::make_unique<MemoryOpenFile>(*this, *node.value(), knownAs, options));
 }
 
 SystemError MemoryFileSystem::syncFolder(std::string_view path) {
     note("syncFolder", path);
-    const auto place = findExisting(path, Last::Target);
-    if (!place.ok()) {
-        return place.error();
-    }
-    return place.value().node->isFolder() ? SystemError() : SystemError(ENOTDIR);
+    return findFolder(path, Last::Target).error();
 }
 
 SystemError MemoryFileSystem::createFolder(std::string_view path, std::uint32_t permissions) {
     note("createFolder", path);
-    const auto place = find(path, Last::Name);
+    return makeFolder(path, permissions, nullptr);
+}
+
+SystemError MemoryFileSystem::makeFolder(std::string_view path, std::uint32_t permissions,
+                                         MemoryNode* folder) {
+    const auto place = find(path, Last::Name, folder);
     if (!place.ok()) {
         return place.error();
     }
     if (place.value().node != nullptr) {
         return SystemError(EEXIST);
     }
-    const SystemError error = errorOfNewName(place.value().name);
+    const SystemError error = errorOfNewName(place.value());
     if (error.isNone()) {
         add(place.value(), FileKind::Folder, permissions);
     }
@@ -379,7 +437,7 @@ SystemError MemoryFileSystem::createLink(std::string_view path, std::string_view
     if (place.value().node != nullptr) {
         return SystemError(EEXIST);
     }
-    error = place.value().endsInSlash ? SystemError(ENOENT) : errorOfNewName(place.value().name);
+    error = place.value().endsInSlash ? SystemError(ENOENT) : errorOfNewName(place.value());
     if (error.isNone()) {
         addLinkNode(place.value(), target);
     }
@@ -392,12 +450,96 @@ SystemError MemoryFileSystem::setPermissions(std::string_view path, std::uint32_
     if (!place.ok()) {
         return place.error();
     }
-    if (isReadOnly) {
-        return SystemError(EROFS);
+    MemoryNode& node = *place.value().node;
+    if (const SystemError error = errorOfChange(node); !error.isNone()) {
+        return error;
     }
-    FileAttributes& attributes = place.value().node->attributes;
-    attributes.permissions = permissions & permissionBits;
-    attributes.changeDate = takeTime();
+    node.attributes.permissions = permissions & permissionBits;
+    node.attributes.changeDate = takeTime();
+    return {};
+}
+
+SystemError MemoryFileSystem::setModificationDate(std::string_view path, Date date) {
+    note("setModificationDate", path);
+    const auto place = findExisting(path, Last::Link);
+    if (!place.ok()) {
+        return place.error();
+    }
+    if (!(std::abs(date.secondsSinceReferenceDate()) <= furthestDate)) {
+        return SystemError(EINVAL);
+    }
+    MemoryNode& node = *place.value().node;
+    if (const SystemError error = errorOfChange(node); !error.isNone()) {
+        return error;
+    }
+    node.attributes.modificationDate = rounded(date);
+    node.attributes.changeDate = takeTime();
+    return {};
+}
+
+/// The node, or why it has no attributes of such a name.
+Result<MemoryNode*> MemoryFileSystem::findWithAttributes(std::string_view path,
+                                                         std::string_view name) {
+    constexpr std::string_view ofUsers = "user.";
+    if (name.find('\0') != std::string_view::npos) {
+        return SystemError(EINVAL);
+    }
+    if (name.empty() || name.size() > longestAttributeName) {
+        return SystemError(ERANGE);
+    }
+    const auto place = findExisting(path, Last::Target);
+    if (!place.ok()) {
+        return place.error();
+    }
+    if (!keepsExtendedAttributes || !name.starts_with(ofUsers)) {
+        return SystemError(ENOTSUP);
+    }
+    return name == ofUsers ? Result<MemoryNode*>(SystemError(EINVAL)) : Result(place.value().node);
+}
+
+Result<Data> MemoryFileSystem::extendedAttribute(std::string_view path, std::string_view name) {
+    note("extendedAttribute", std::string(path) + " " + std::string(name));
+    const auto node = findWithAttributes(path, name);
+    if (!node.ok()) {
+        return node.error();
+    }
+    const auto& attributes = node.value()->extendedAttributes;
+    const auto found = attributes.find(name);
+    return found == attributes.end() ? Result<Data>(SystemError(ENODATA)) : Result(found->second);
+}
+
+SystemError MemoryFileSystem::setExtendedAttribute(std::string_view path, std::string_view name,
+                                                   BytesView value) {
+    note("setExtendedAttribute", std::string(path) + " " + std::string(name));
+    if (value.size() > largestAttribute) {
+        return SystemError(E2BIG);
+    }
+    const auto node = findWithAttributes(path, name);
+    if (!node.ok()) {
+        return node.error();
+    }
+    if (const SystemError error = errorOfChange(*node.value()); !error.isNone()) {
+        return error;
+    }
+    node.value()->extendedAttributes[std::string(name)].assign(value.begin(), value.end());
+    node.value()->attributes.changeDate = takeTime();
+    return {};
+}
+
+SystemError MemoryFileSystem::removeExtendedAttribute(std::string_view path,
+                                                      std::string_view name) {
+    note("removeExtendedAttribute", std::string(path) + " " + std::string(name));
+    const auto node = findWithAttributes(path, name);
+    if (!node.ok()) {
+        return node.error();
+    }
+    if (const SystemError error = errorOfChange(*node.value()); !error.isNone()) {
+        return error;
+    }
+    if (node.value()->extendedAttributes.erase(std::string(name)) == 0) {
+        return SystemError(ENODATA);
+    }
+    node.value()->attributes.changeDate = takeTime();
     return {};
 }
 
@@ -425,7 +567,13 @@ SystemError MemoryFileSystem::move(std::string_view from, std::string_view to, R
     if (wanted.node != nullptr && replace == Replace::No && !isOtherSpelling) {
         return SystemError(EEXIST);
     }
-    SystemError error = errorOfNewName(wanted.name);
+    SystemError error = errorOfNewName(wanted);
+    if (error.isNone()) {
+        error = errorOfRemoval(old);
+    }
+    if (error.isNone() && wanted.node != nullptr) {
+        error = errorOfRemoval(wanted);
+    }
     if (error.isNone()) {
         error = errorOfMove(old, wanted);
     }
@@ -442,12 +590,16 @@ SystemError MemoryFileSystem::move(std::string_view from, std::string_view to, R
 
 SystemError MemoryFileSystem::removeFile(std::string_view path) {
     note("removeFile", path);
-    const auto place = findExisting(path, Last::Name);
+    return takeFile(path, nullptr);
+}
+
+SystemError MemoryFileSystem::takeFile(std::string_view path, MemoryNode* folder) {
+    const auto place = findExisting(path, Last::Name, folder);
     if (!place.ok()) {
         return place.error();
     }
-    if (isReadOnly) {
-        return SystemError(EROFS);
+    if (const SystemError error = errorOfRemoval(place.value()); !error.isNone()) {
+        return error;
     }
     if (place.value().node->isFolder()) {
         return SystemError(EISDIR);
@@ -461,13 +613,17 @@ SystemError MemoryFileSystem::removeFile(std::string_view path) {
 
 SystemError MemoryFileSystem::removeFolder(std::string_view path) {
     note("removeFolder", path);
-    const auto found = findExisting(path, Last::Name);
+    return takeFolder(path, nullptr);
+}
+
+SystemError MemoryFileSystem::takeFolder(std::string_view path, MemoryNode* folder) {
+    const auto found = findExisting(path, Last::Name, folder);
     if (!found.ok()) {
         return found.error();
     }
     const MemoryPlace& place = found.value();
-    if (isReadOnly) {
-        return SystemError(EROFS);
+    if (const SystemError error = errorOfRemoval(place); !error.isNone()) {
+        return error;
     }
     if (!place.isNamed()) {
         return SystemError(place.name == "." ? EINVAL : place.name == ".." ? ENOTEMPTY : EBUSY);

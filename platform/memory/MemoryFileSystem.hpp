@@ -12,8 +12,8 @@ namespace tav {
 
 /// A file system in memory that answers as Linux does: folders, files and links (at most forty on a
 /// way), with a clock of its own and a journal of the calls. Permissions are kept but stop nobody,
-/// and a file has one name. Relative paths count from "/". Must outlive the files that it opened.
-/// One thread.
+/// and a file has one name. Relative paths count from "/". Must outlive the files and folders that
+/// it opened. One thread.
 class MemoryFileSystem final : public FileSystem {
   public:
     /// Names that differ in case only are one name; what is listed is the spelling it was made
@@ -25,6 +25,8 @@ class MemoryFileSystem final : public FileSystem {
     std::uint64_t capacity = std::numeric_limits<std::uint64_t>::max();
     /// Dates are rounded down to even seconds.
     bool keepsTwoSecondDates = false;
+    /// Otherwise ENOTSUP. Names begin with "user.".
+    bool keepsExtendedAttributes = true;
     /// EINVAL for new names with one of these.
     std::string forbiddenCharacters;
 
@@ -36,7 +38,8 @@ class MemoryFileSystem final : public FileSystem {
     [[nodiscard]] Date now() const { return now_; }
 
     /// Every call so far as "operation path" ("move from to", "createLink path target"); those of
-    /// an open file as "OpenFile.operation path" with the path that it was opened by.
+    /// an open file as "OpenFile.operation path" with the path that it was opened by, those of an
+    /// open folder alike, with "/" and the name behind the path where there is one.
     [[nodiscard]] const std::vector<std::string>& calls() const { return calls_; }
     void clearCalls() { calls_.clear(); }
 
@@ -53,12 +56,15 @@ class MemoryFileSystem final : public FileSystem {
     /// Makes a folder that is the root of another device: moves across it answer EXDEV, and itself
     /// it is neither moved nor removed (EBUSY).
     void addVolume(std::string_view path);
+    /// Of what stands there (a link itself): EPERM for every change then.
+    void setImmutable(std::string_view path, bool isImmutable);
     /// Takes away what stands there (a link itself) with all that is in it, if anything does.
     void removeAll(std::string_view path);
 
     Result<FileAttributes> attributes(std::string_view path) override;
     Result<FileAttributes> targetAttributes(std::string_view path) override;
     Result<std::vector<FolderEntry>> folderEntries(std::string_view path) override; ///< By bytes.
+    Result<std::unique_ptr<OpenFolder>> openFolder(std::string_view path) override;
     Result<std::string> linkTarget(std::string_view path) override;
     Result<std::string> canonicalPath(std::string_view path) override;
     Result<Data> readFile(std::string_view path, std::uint64_t maximumSize) override;
@@ -70,22 +76,44 @@ class MemoryFileSystem final : public FileSystem {
     SystemError createFolder(std::string_view path, std::uint32_t permissions) override;
     SystemError createLink(std::string_view path, std::string_view target) override;
     SystemError setPermissions(std::string_view path, std::uint32_t permissions) override;
+    SystemError setModificationDate(std::string_view path, Date date) override;
+    Result<Data> extendedAttribute(std::string_view path, std::string_view name) override;
+    SystemError setExtendedAttribute(std::string_view path, std::string_view name,
+                                     BytesView value) override;
+    SystemError removeExtendedAttribute(std::string_view path, std::string_view name) override;
     SystemError move(std::string_view from, std::string_view to, Replace replace) override;
     SystemError removeFile(std::string_view path) override;
     SystemError removeFolder(std::string_view path) override;
 
   private:
     friend class MemoryOpenFile;
+    friend class MemoryOpenFolder;
     using Last = MemoryTree::Last;
 
     void note(std::string_view operation, std::string_view path);
-    Result<MemoryPlace> find(std::string_view path, Last last);
-    Result<MemoryPlace> findExisting(std::string_view path, Last last);
-    Result<FileAttributes> attributesOf(std::string_view path, Last last);
-    [[nodiscard]] SystemError errorOfNewName(std::string_view name) const;
+
+    // Relative paths count from the folder, or from "/" where none is given.
+    Result<MemoryPlace> find(std::string_view path, Last last, MemoryNode* folder = nullptr);
+    Result<MemoryPlace> findExisting(std::string_view path, Last last,
+                                     MemoryNode* folder = nullptr);
+    Result<MemoryNode*> findFolder(std::string_view path, Last last, MemoryNode* folder = nullptr);
+    Result<MemoryNode*> findWithAttributes(std::string_view path, std::string_view name);
+    Result<FileAttributes> attributesOf(std::string_view path, Last last,
+                                        MemoryNode* folder = nullptr);
+    Result<std::string> linkTargetOf(std::string_view path, MemoryNode* folder);
+    Result<MemoryNode*> nodeToOpen(std::string_view path, const OpenOptions& options,
+                                   MemoryNode* folder);
+    Result<std::unique_ptr<OpenFile>> openFile(std::string_view path, const OpenOptions& options,
+                                               MemoryNode* folder, std::string_view knownAs);
+    SystemError makeFolder(std::string_view path, std::uint32_t permissions, MemoryNode* folder);
+    SystemError takeFile(std::string_view path, MemoryNode* folder);
+    SystemError takeFolder(std::string_view path, MemoryNode* folder);
+
+    [[nodiscard]] SystemError errorOfChange(const MemoryNode& node) const;
+    [[nodiscard]] SystemError errorOfRemoval(const MemoryPlace& place) const;
+    [[nodiscard]] SystemError errorOfNewName(const MemoryPlace& place) const;
     MemoryNode& add(const MemoryPlace& place, FileKind kind, std::uint32_t permissions);
     void addLinkNode(const MemoryPlace& place, std::string_view target);
-    Result<MemoryNode*> nodeToOpen(std::string_view path, const OpenOptions& options);
     /// The size that a file may have beside the others.
     [[nodiscard]] std::uint64_t roomFor(const MemoryNode& file) const;
     SystemError write(MemoryNode& file, BytesView content);

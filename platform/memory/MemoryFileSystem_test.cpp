@@ -89,7 +89,6 @@ TEST_F(MemoryFileSystemTest, HelpersRefuseWhatCannotBe) {
     EXPECT_THROW(files.addFile("", ""), std::system_error);
     EXPECT_THROW(files.addFile(std::string("/a\0b", 4), ""), std::system_error);
     EXPECT_THROW(files.addFile("/" + std::string(256, 'n'), ""), std::system_error);
-    EXPECT_THROW(files.addFolder("/" + std::string(4096, '/')), std::system_error);
     EXPECT_THROW(files.addVolume("/folder"), std::system_error);
 }
 

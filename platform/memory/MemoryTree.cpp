@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::uint64_t rootNumber = 1;
 constexpr std::size_t longestName = 255;
-constexpr std::size_t longestPath = 4095;
 constexpr int mostLinks = 40;
 
 using Entries = std::map<std::string, std::uint64_t, std::less<>>;
@@ -30,10 +29,7 @@ SystemError errorOfPath(std::string_view path) {
     if (path.empty()) {
         return SystemError(ENOENT);
     }
-    if (path.find('\0') != std::string_view::npos) {
-        return SystemError(EINVAL);
-    }
-    return path.size() > longestPath ? SystemError(ENAMETOOLONG) : SystemError();
+    return path.find('\0') == std::string_view::npos ? SystemError() : SystemError(EINVAL);
 }
 
 void setChanged(MemoryNode& node, Date now) {
@@ -65,17 +61,34 @@ MemoryTree::MemoryTree(Date now) {
     root.attributes.kind = FileKind::Folder;
     root.attributes.permissions = 0755;
     root.attributes.identity = {1, rootNumber, nanosecondsOf(now)};
+    root.attributes.creationDate = now;
+    root.attributes.mount = 1;
+    root.parent = rootNumber;
     setChanged(root, now);
 }
 
-Result<MemoryPlace> MemoryTree::find(std::string_view path, Last last, bool isCaseInsensitive) {
+/// The place of a folder itself.
+MemoryPlace MemoryTree::placeOf(MemoryNode* folder) {
+    MemoryPlace place;
+    MemoryNode* const root = &nodes_.at(rootNumber);
+    for (place.node = folder; folder != root; folder = &nodes_.at(folder->parent)) {
+        place.folders.push_back({folder->name, folder});
+    }
+    place.folders.push_back({"", root});
+    std::reverse(place.folders.begin(), place.folders.end());
+    return place;
+}
+
+Result<MemoryPlace> MemoryTree::find(std::string_view path, Last last, bool isCaseInsensitive,
+                                     MemoryNode* folder) {
     if (const SystemError error = errorOfPath(path); !error.isNone()) {
         return error;
     }
     MemoryNode& root = nodes_.at(rootNumber);
-    MemoryPlace place;
-    place.folders = {{"", &root}};
-    place.node = &root;
+    if (folder != nullptr && folder->isRemoved) {
+        return SystemError(ENOENT);
+    }
+    MemoryPlace place = placeOf(folder != nullptr && !path.starts_with('/') ? folder : &root);
     std::string rest(path);
     int links = 0;
     std::size_t end = 0;
@@ -139,6 +152,10 @@ MemoryNode& MemoryTree::add(const MemoryPlace& place, FileKind kind, std::uint32
     node.attributes.permissions = permissions & 07777U;
     node.attributes.identity = {place.folder().attributes.identity.device, number,
                                 nanosecondsOf(birth)};
+    node.attributes.creationDate = birth;
+    node.attributes.mount = place.folder().attributes.mount;
+    node.name = place.name;
+    node.parent = place.folder().attributes.identity.number;
     setChanged(node, now);
     place.folder().entries.emplace(place.name, number);
     setChanged(place.folder(), now);
@@ -159,8 +176,9 @@ void MemoryTree::removeNode(std::uint64_t number) {
         for (const auto& entry : found->second.entries) {
             doomed.push_back(entry.second);
         }
-        if (found->second.openFiles > 0) {
+        if (found->second.holders > 0) {
             found->second.isRemoved = true;
+            found->second.entries.clear();
             continue;
         }
         used_ -= found->second.content.size();
@@ -168,9 +186,9 @@ void MemoryTree::removeNode(std::uint64_t number) {
     }
 }
 
-void MemoryTree::release(MemoryNode& file) {
-    if (--file.openFiles == 0 && file.isRemoved) {
-        removeNode(file.attributes.identity.number);
+void MemoryTree::release(MemoryNode& node) {
+    if (--node.holders == 0 && node.isRemoved) {
+        removeNode(node.attributes.identity.number);
     }
 }
 
@@ -179,6 +197,8 @@ void MemoryTree::move(const MemoryPlace& from, const MemoryPlace& to, Date now) 
     to.folder().entries.insert_or_assign(to.name, from.node->attributes.identity.number);
     setChanged(from.folder(), now);
     setChanged(to.folder(), now);
+    from.node->name = to.name;
+    from.node->parent = to.folder().attributes.identity.number;
     from.node->attributes.changeDate = now;
 }
 

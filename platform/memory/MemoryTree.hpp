@@ -15,11 +15,14 @@ namespace tav {
 /// A file, folder or link in memory.
 struct MemoryNode {
     FileAttributes attributes;
-    Data content;       ///< Of a file.
-    std::string target; ///< Of a link.
-    /// How many open files hold it.
-    std::size_t openFiles = 0;
-    /// Removed or replaced: only open files know it.
+    std::map<std::string, Data, std::less<>> extendedAttributes;
+    std::string name;         ///< As its folder lists it; none of the root.
+    std::uint64_t parent = 0; ///< The number of the folder that holds it.
+    Data content;             ///< Of a file.
+    std::string target;       ///< Of a link.
+    /// How many open files or folders hold it.
+    std::size_t holders = 0;
+    /// Removed or replaced: only those know it.
     bool isRemoved = false;
     /// Of a folder: the numbers of its nodes by their names.
     std::map<std::string, std::uint64_t, std::less<>> entries;
@@ -60,8 +63,11 @@ class MemoryTree {
     /// With a root folder.
     explicit MemoryTree(Date now);
 
-    /// Follows a path. The last name may be missing; everything else has to be there.
-    Result<MemoryPlace> find(std::string_view path, Last last, bool isCaseInsensitive);
+    /// Follows a path. The last name may be missing; everything else has to be there. A relative
+    /// one counts from the folder, or from the root where none is given; from a removed folder
+    /// nothing is found.
+    Result<MemoryPlace> find(std::string_view path, Last last, bool isCaseInsensitive,
+                             MemoryNode* folder = nullptr);
 
     /// Makes what was not found. The dates are those of the change, for the folder too.
     MemoryNode& add(const MemoryPlace& place, FileKind kind, std::uint32_t permissions, Date birth,
@@ -77,10 +83,10 @@ class MemoryTree {
     /// Cuts a file or adds zeros.
     void resize(MemoryNode& file, std::uint64_t size, Date now);
 
-    /// Holds a file, so that it stays with its content when it is removed.
-    static void hold(MemoryNode& file) { ++file.openFiles; }
+    /// Holds a file or folder, so that it stays (a file with its content) when it is removed.
+    static void hold(MemoryNode& node) { ++node.holders; }
     /// Lets go what was held; what is removed is gone with the last.
-    void release(MemoryNode& file);
+    void release(MemoryNode& node);
 
     [[nodiscard]] FileKind kindOf(std::uint64_t number) const {
         return nodes_.at(number).attributes.kind;
@@ -89,6 +95,7 @@ class MemoryTree {
     [[nodiscard]] std::uint64_t usedBytes() const { return used_; }
 
   private:
+    [[nodiscard]] MemoryPlace placeOf(MemoryNode* folder);
     void removeNode(std::uint64_t number);
 
     std::unordered_map<std::uint64_t, MemoryNode> nodes_;
