@@ -5,7 +5,12 @@
 #include "base/Unicode.hpp"
 #include "base/UnicodeBuffer.hpp"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -37,6 +42,62 @@ int order(UCollationResult result) {
     return result == UCOL_LESS ? -1 : int{result == UCOL_GREATER};
 }
 
+// Where each ASCII character stands in the order, from 1 on; 0 for one that does not count. In the
+// root collation no ASCII character joins with another, so that these order texts of ASCII alone.
+using ASCIIPlaces = std::array<std::uint8_t, 128>;
+
+ASCIIPlaces asciiPlaces(const UCollator* collator) {
+    std::array<char, std::tuple_size_v<ASCIIPlaces>> characters{};
+    std::iota(characters.begin(), characters.end(), '\0');
+    const auto isBefore = [&](const char& a, const char& b) {
+        return internal::compareByCollator(collator, {&a, 1}, {&b, 1}) < 0;
+    };
+    std::sort(characters.begin(), characters.end(), isBefore);
+    ASCIIPlaces places{};
+    std::uint8_t place = 0;
+    const char* previous = nullptr;
+    for (const char& character : characters) {
+        const bool counts = internal::compareByCollator(collator, {&character, 1}, "") != 0;
+        if (counts && (place == 0 || isBefore(*previous, character))) {
+            ++place;
+        }
+        places[static_cast<unsigned char>(character)] = place;
+        previous = &character;
+    }
+    return places;
+}
+
+int compareASCII(const ASCIIPlaces& places, std::string_view a, std::string_view b) {
+    const auto placeOf = [&](char character) {
+        return places[static_cast<unsigned char>(character)];
+    };
+    const auto takePlace = [&](std::string_view& text) {
+        std::uint8_t place = 0;
+        while (place == 0 && !text.empty()) {
+            place = placeOf(text.front());
+            text.remove_prefix(1);
+        }
+        return place;
+    };
+    const std::size_t shorter = std::min(a.size(), b.size());
+    std::size_t common = 0;
+    while (common < shorter && placeOf(a[common]) == placeOf(b[common])) {
+        ++common;
+    }
+    a.remove_prefix(common);
+    b.remove_prefix(common);
+    for (;;) {
+        const std::uint8_t placeOfA = takePlace(a);
+        const std::uint8_t placeOfB = takePlace(b);
+        if (placeOfA != placeOfB) {
+            return placeOfA < placeOfB ? -1 : 1;
+        }
+        if (placeOfA == 0) {
+            return 0;
+        }
+    }
+}
+
 } // namespace
 
 int internal::compareByCollator(const UCollator* collator, std::string_view text,
@@ -45,13 +106,6 @@ int internal::compareByCollator(const UCollator* collator, std::string_view text
         return 0;
     }
     try {
-        if (isASCII(text) && isASCII(other)) {
-            UErrorCode error = U_ZERO_ERROR;
-            const UCollationResult result =
-                ucol_strcollUTF8(collator, text.data(), icuLength(text.size()), other.data(),
-                                 icuLength(other.size()), &error);
-            return U_FAILURE(error) ? 0 : order(result);
-        }
         // ICU would take quadratic time for long runs of marks that are out of order.
         const std::u16string a = withMarksInOrder(utf16FromBytes(text));
         const std::u16string b = withMarksInOrder(utf16FromBytes(other));
@@ -65,6 +119,10 @@ int internal::compareByCollator(const UCollator* collator, std::string_view text
 int compareStringsIgnoringDiacritical(std::string_view text, std::string_view other) {
     // Constant once it is made, which is what threads may share.
     static const CollatorPtr collator = rootCollatorOfLetters();
+    static const ASCIIPlaces places = asciiPlaces(collator.get());
+    if (collator != nullptr && isASCII(text) && isASCII(other)) {
+        return compareASCII(places, text, other);
+    }
     return internal::compareByCollator(collator.get(), text, other);
 }
 

@@ -1,6 +1,7 @@
 #include "foundation/Collation.hpp"
 
 #include <array>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -52,6 +53,40 @@ TEST(Collation, OrderMindsBlanksPunctuationAndTheDotOfI) {
     EXPECT_NE(order("a-b", "ab"), 0);
     EXPECT_NE(order("a-b", "a b"), 0);
     EXPECT_NE(order("i", "ı"), 0);
+}
+
+TEST(Collation, ASCIIIsOrderedAsTheCollatorDoes) {
+    const auto check = [](const std::string& a, const std::string& b) {
+        // Behind what is not ASCII the collator itself compares.
+        const int expected = compareStringsIgnoringDiacritical("é" + a, "é" + b);
+        EXPECT_EQ(order(a, b), expected) << testing::PrintToString(a) << testing::PrintToString(b);
+    };
+    for (int first = 0; first < 128; ++first) {
+        check(std::string(1, static_cast<char>(first)), "");
+        for (int second = first; second < 128; ++second) {
+            check(std::string(1, static_cast<char>(first)),
+                  std::string(1, static_cast<char>(second)));
+        }
+    }
+    std::mt19937 random(11);
+    const auto text = [&random] {
+        constexpr std::string_view characters("aAbz09 -_.'\0\x01\x7F\n", 14);
+        std::string result;
+        for (auto count = random() % 6; count > 0; --count) {
+            result += characters[random() % characters.size()];
+        }
+        return result;
+    };
+    for (int round = 0; round < 20000; ++round) {
+        check(text(), text());
+    }
+    // What does not count is left out, and other control characters are blanks.
+    EXPECT_EQ(order("a\x01"
+                    "b",
+                    "ab\x7F"),
+              0);
+    EXPECT_EQ(order("\x01", ""), 0);
+    EXPECT_EQ(order("\n", ""), 1);
 }
 
 TEST(Collation, EqualityIgnoresCaseAndAccents) {
