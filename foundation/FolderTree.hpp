@@ -3,7 +3,6 @@
 #include "base/Result.hpp"
 #include "platform/FileSystem.hpp"
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,40 +13,32 @@ namespace tav {
 /// like files: nothing behind them is listed.
 struct FolderTree {
     struct Folder {
-        std::size_t parent = 0; ///< Where the folder that it lies in stands; 0 for the first.
-        std::size_t entry = 0;  ///< Where its name stands in that folder's entries.
-        std::size_t depth = 0;  ///< 0 for the first.
+        std::string path;
         FileIdentity identity;
-        FolderListing entries; ///< None of an unknown kind.
+        std::vector<FolderEntry> entries; ///< None of an unknown kind.
     };
 
-    /// Of the first folder, as it was given.
-    std::string path;
-    /// Each folder right before all that lie in it, in all depths.
+    /// Each folder behind the one that it lies in; the first is the one that was asked for.
     std::vector<Folder> folders;
     /// Whether the first was reached through a link at its path.
     bool isReachedByLink = false;
 
-    /// The name of a folder but the first; as long as the tree is not changed.
-    [[nodiscard]] std::string_view nameOf(const Folder& folder) const {
-        return folders[folder.parent].entries[folder.entry].name;
-    }
+    /// The whole paths of all entries.
+    [[nodiscard]] std::vector<std::string> paths() const;
 };
 
-/// Lists a folder, or the one that a link leads to, in all depths, which may be any. The whole tree
-/// or the first failure: ENOTDIR for what is no folder, ESTALE where something else took a folder's
-/// place meanwhile.
+/// Lists a folder, or the one that a link leads to, in all depths with one descriptor at a time.
+/// The whole tree or the first failure: ENOTDIR for what is no folder.
 Result<FolderTree> listFolderTree(std::string_view path);
 
 /// Removes what was listed and nothing else: each folder after its entries, the first at last; of a
 /// tree reached by a link only the link. Stops at the first failure: ENOTEMPTY where something came
-/// since, ENOENT where something went, ESTALE or ENOTDIR where something else has taken the place
-/// of a listed folder.
+/// since, ENOENT where something went, ESTALE where another folder has taken the place of a listed
+/// one.
 ///
-/// No link is followed but those on the way to the first folder, and nothing put in a folder's
-/// place meanwhile is gone into: all but the first are opened in the folders that they lie in, and
-/// entries are removed from the very folder that was listed. What somebody may lose who exchanges a
-/// folder at the wrong moment is an empty folder, or a new file by the name of a listed one.
+/// Links are not followed. The file system is asked by paths, so there is one moment between the
+/// look at a folder and the removal of each of its entries in which somebody who may change the
+/// folders above can put a link in its place: to be kept out of folders that others may write.
 SystemError removeListedTree(const FolderTree& tree);
 
 /// Removes what stands at the path: a link itself, a folder with everything in it. Everything is
