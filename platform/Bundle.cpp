@@ -46,12 +46,16 @@ std::optional<Bundle> Bundle::mainBundle() {
     if (!executable) {
         return std::nullopt;
     }
-    const std::string folder = stringByDeletingLastPathComponent(*executable);
+    return bundleWithPath(bundlePathOfExecutable(*executable));
+}
+
+std::string bundlePathOfExecutable(std::string_view executable) {
+    std::string folder = stringByDeletingLastPathComponent(executable);
     const std::string contents = stringByDeletingLastPathComponent(folder);
     if (lastPathComponent(folder) == "MacOS" && lastPathComponent(contents) == "Contents") {
-        return bundleWithPath(stringByDeletingLastPathComponent(contents));
+        return stringByDeletingLastPathComponent(contents);
     }
-    return bundleWithPath(folder);
+    return folder;
 }
 
 const Value::Dictionary& Bundle::infoDictionary() const {

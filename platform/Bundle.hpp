@@ -50,4 +50,8 @@ class Bundle {
     mutable std::optional<Value::Dictionary> info_;
 };
 
+/// The folder of the bundle that a program belongs to: X when its path is `X/Contents/MacOS/name`,
+/// otherwise the folder that it lies in. Nothing is looked at.
+[[nodiscard]] std::string bundlePathOfExecutable(std::string_view executable);
+
 } // namespace tav
