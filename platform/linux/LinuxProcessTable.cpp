@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxProcessTable.hpp"
 
+#include "platform/linux/FolderRecords.hpp"
 #include "platform/linux/ProcRecords.hpp"
 #include "platform/linux/ProcessMemory.hpp"
 
@@ -11,7 +12,6 @@
 #include <cstring>
 
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -34,29 +34,6 @@ class EntryPath {
   private:
     std::array<char, 32> text_ = {};
 };
-
-/// The header of an entry as getdents64 writes it; the name follows.
-struct DirectoryEntryHeader {
-    std::uint64_t number;
-    std::int64_t offset;
-    std::uint16_t length;
-    std::uint8_t kind;
-};
-constexpr std::size_t entryNameOffset = 19;
-
-void appendProcesses(const char* entries, std::size_t size, std::vector<int>& processes) {
-    for (std::size_t offset = 0; offset + entryNameOffset < size;) {
-        DirectoryEntryHeader header;
-        std::memcpy(&header, entries + offset, sizeof header);
-        const char* const name = entries + offset + entryNameOffset;
-        int process = 0;
-        const auto [end, error] = std::from_chars(name, entries + size, process);
-        if (error == std::errc() && *end == '\0' && process > 0) {
-            processes.push_back(process);
-        }
-        offset += std::max<std::size_t>(header.length, entryNameOffset);
-    }
-}
 
 bool isSameFile(const struct ::stat& a, const struct ::stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
@@ -82,19 +59,18 @@ std::optional<std::vector<int>> LinuxProcessTable::processes(ProcessSelector sel
         return std::nullopt;
     }
     std::vector<int> processes;
-    std::array<char, 32768> buffer;
-    for (;;) {
-        const auto size = retryInterrupted([&] {
-            return ::syscall(SYS_getdents64, listing.value().number(), buffer.data(),
-                             buffer.size());
+    alignas(struct ::dirent64) std::array<std::byte, 32768> buffer;
+    const SystemError error =
+        forEachFolderRecord(listing.value(), buffer, [&](const FolderRecord& record) {
+            int process = 0;
+            const char* const nameEnd = record.name + std::strlen(record.name);
+            const auto [end, failure] = std::from_chars(record.name, nameEnd, process);
+            if (failure == std::errc() && end == nameEnd && process > 0) {
+                processes.push_back(process);
+            }
         });
-        if (size < 0) {
-            return std::nullopt;
-        }
-        if (size == 0) {
-            break;
-        }
-        appendProcesses(buffer.data(), static_cast<std::size_t>(size), processes);
+    if (!error.isNone()) {
+        return std::nullopt;
     }
     if (selector != ProcessSelector::All) {
         std::erase_if(processes, [&](int process) { return !matches(process, selector, value); });
