@@ -417,7 +417,7 @@ TEST(KeyedArchive, SharedReferencesDoNotExplode) {
         objects.emplace_back(
             Dictionary{{"$class", uid(62)}, {"NS.objects", Value::Array{uid(i + 1), uid(i + 1)}}});
     }
-    objects.emplace_back("leaf");
+    objects.emplace_back(1);
     objects.push_back(classRecord("NSArray"));
     EXPECT_EQ(refusal(archiveOf(objects)), "shared objects make the archive too large");
 
@@ -426,6 +426,26 @@ TEST(KeyedArchive, SharedReferencesDoNotExplode) {
     EXPECT_EQ(refusal(archiveOf({Dictionary{{"$class", uid(2)}, {"NS.objects", references}},
                                  classRecord("NSArray"), std::string(100000, 'x')})),
               "shared objects make the archive too large");
+}
+
+TEST(KeyedArchive, SharedArraysOfObjectsDoNotExplode) {
+    Node::registerClass();
+    constexpr std::uint64_t nodes = 1000;
+    const Value nodeClass = uid(2);
+    Value::Array objects{Dictionary{{"$class", nodeClass}, {"children", uid(3)}},
+                         classRecord("TestNode")};
+    Value::Array children;
+    for (std::uint64_t i = 0; i < nodes; ++i) {
+        children.push_back(uid(6 + i));
+    }
+    objects.emplace_back(Dictionary{{"$class", uid(4)}, {"NS.objects", children}});
+    objects.push_back(classRecord("NSArray"));
+    objects.emplace_back(
+        Dictionary{{"$class", uid(4)}, {"NS.objects", Value::Array(100000, uid(0))}});
+    for (std::uint64_t i = 0; i < nodes; ++i) {
+        objects.emplace_back(Dictionary{{"$class", nodeClass}, {"children", uid(5)}});
+    }
+    EXPECT_EQ(refusal(archiveOf(objects)), "shared objects make the archive too large");
 }
 
 TEST(KeyedArchive, WrongShapes) {

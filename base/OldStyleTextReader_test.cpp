@@ -301,6 +301,12 @@ TEST(OldStyleTextReader, DepthIsLimited) {
     }
     expectRefused(dictionaries, 1, 3 * PropertyList::maximumDepth);
     expectRefused(std::string(1000000, '('), 1, PropertyList::maximumDepth);
+    // Neighbours are not deep.
+    std::string neighbours = "(";
+    for (std::size_t i = 0; i <= PropertyList::maximumDepth; ++i) {
+        neighbours += "(), {}, ";
+    }
+    EXPECT_TRUE(read(neighbours + ")"));
 }
 
 TEST(OldStyleTextReader, TruncationsAndFlippedBitsEndInAValueOrAnError) {
