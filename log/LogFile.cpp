@@ -91,6 +91,8 @@ void LogFile::parseFile() {
         remains_ = Remains{found.endOfPackets, bytes.size()};
     } else if (found.end == LogPackets::End::WithoutTerminator) {
         sizeWithoutTerminator_ = bytes.size();
+        // Readers take any byte; a line feed would make a pair behind a carriage return.
+        missingTerminator_ = found.payloads.back().ends_with('\r') ? ' ' : '\n';
     }
     content_ = std::move(*content);
     mRawData = std::move(found.payloads);
@@ -151,10 +153,9 @@ SystemError LogFile::saveToPath(std::string_view path) {
     return writeFileAtomically(path, bytesOf(image));
 }
 
-/// Whether our file could be replaced by another one with the image. An empty one needs no other:
-/// cutting a file to nothing happens at once.
+/// Whether our file could be replaced by another one with the image.
 bool LogFile::replaceFile(std::string_view image) {
-    if (path_.empty() || image.empty()) {
+    if (path_.empty()) {
         return false;
     }
     const auto there = FileSystem::current().attributes(path_);
@@ -273,7 +274,7 @@ bool LogFile::isReadyToAppend() {
             return false;
         }
         if (attributes.value().size == *sizeWithoutTerminator_) {
-            const auto written = mFileHandle->writeOnce(bytesOf("\n"));
+            const auto written = mFileHandle->writeOnce(bytesOf({&missingTerminator_, 1}));
             if (!written.ok() || written.value() != 1) {
                 return false;
             }

@@ -114,6 +114,7 @@ class LogFile {
     std::optional<Remains> remains_;
     /// The file has that size and lacks the line feed of its last packet.
     std::optional<std::uint64_t> sizeWithoutTerminator_;
+    char missingTerminator_ = '\n';
 
     std::string packet_;  ///< The packet that is being made, behind room for its head.
     LargeBuffer content_; ///< What was read.

@@ -209,6 +209,14 @@ TEST_F(LogFileTest, TheBeginningOfAPacketIsCutOffBeforeTheNextAppend) {
     }
 }
 
+TEST_F(LogFileTest, ATerminatorThatIsMissingMakesNoPairOfALineEnding) {
+    files.addFile("/logs/log", "9 {a = b;}\r");
+    LogFile log("/logs/log");
+    log.addItem(record("two"));
+    EXPECT_EQ(content(), "9 {a = b;}\r " + packetOf(record("two")));
+    EXPECT_EQ(LogFile("/logs/log").getItemCount(), 2U);
+}
+
 TEST_F(LogFileTest, WhatOthersHaveAppendedMeanwhileIsNotCutOff) {
     const std::string whole = packetOf(record("one"));
     for (const std::size_t left : {1U, 5U}) {
