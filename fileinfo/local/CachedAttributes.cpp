@@ -1,0 +1,34 @@
+#include "fileinfo/local/CachedAttributes.hpp"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tav {
+
+std::optional<Data> internal::ownExtendedAttribute(const FileAttributes& file,
+                                                   std::string_view path, std::string_view name) {
+    // Pipes, sockets and devices have none of the user's.
+    if (file.kind != FileKind::Regular && file.kind != FileKind::Folder) {
+        return std::nullopt;
+    }
+    Result<Data> value = FileSystem::current().extendedAttribute(path, name);
+    return value.ok() ? std::optional(std::move(value).value()) : std::nullopt;
+}
+
+const Data* internal::CachedAttributes::extended(std::string_view path, std::string_view name) {
+    constexpr std::array<std::string_view, 4> names = {
+        typeAttribute, creatorAttribute, hideExtensionAttribute, creationDateAttribute};
+    if (!answers_) {
+        answers_ = std::make_unique<Answers>();
+    }
+    const auto index =
+        static_cast<std::size_t>(std::distance(names.begin(), std::ranges::find(names, name)));
+    if (!answers_->asked.at(index)) {
+        answers_->asked.at(index) = true;
+        answers_->values.at(index) = ownExtendedAttribute(file, path, name);
+    }
+    const std::optional<Data>& value = answers_->values.at(index);
+    return value ? &*value : nullptr;
+}
+
+} // namespace tav

@@ -1,0 +1,308 @@
+#pragma once
+
+#include "base/FileRef.hpp"
+#include "base/Url.hpp"
+#include "fileinfo/TavPathBasedFileInfo.hpp"
+#include "fileinfo/local/FileSpec.hpp"
+#include "fileinfo/local/FileWrapper.hpp"
+#include "fileinfo/local/FollowedPath.hpp"
+#include "platform/FileSystem.hpp"
+#include "platform/Pasteboard.hpp"
+#include "platform/Volumes.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tav {
+
+class OpenFolder;
+
+namespace internal {
+class CachedAttributes;
+class FolderWalk;
+} // namespace internal
+
+/// The item of the local file system: a file, folder, alias or volume named by an absolute path.
+/// An alias is a symbolic link.
+///
+/// What it learns it keeps until `refresh`: the reference of the file (taken with the first
+/// question and whenever the item is given another path), the folder and alias flags and the
+/// attributes (asked for once, when they are needed). Making an item asks nothing. An item whose
+/// file was given another name by somebody else follows it where the reference can be found again
+/// (docs/platform.md). Files are reached through `FileSystem::current()`; nothing blocks on pipes
+/// or devices.
+class TavMacFileInfo : public TavPathBasedFileInfo {
+  public:
+    ~TavMacFileInfo() override;
+
+    // Making items
+
+    /// A leading tilde is expanded; links are not resolved. The file need not exist.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo> fileInfoWithPath(std::string_view path);
+    /// Follows an alias at every component; null as soon as one of them does not exist.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    fileInfoResolveAliasesWithPath(std::string_view path);
+    /// With the empty path.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo> fileInfo();
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo> withPath(std::string_view path,
+                                                                  bool resolveAliases);
+    /// With the empty path unless it is a file URL.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo> withURL(const Url* url,
+                                                                 bool resolveAliases);
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo> fileInfoWithURL(const Url* url);
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    fileInfoResolveAliasesWithURL(const Url* url);
+    /// The reference is kept as it is, not taken anew; null leaves the item without one.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo> withFileRef(const FileRef* reference,
+                                                                     bool resolveAliases);
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    fileInfoWithFileRef(const FileRef* reference);
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    fileInfoResolveAliasesWithFileRef(const FileRef* reference);
+    /// Takes the path that the specification leads to; the empty one for null and for none.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo> withFileSpec(const FileSpec* specification,
+                                                                      bool resolveAliases);
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    fileInfoWithFileSpec(const FileSpec* specification);
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    fileInfoResolveAliasesWithFileSpec(const FileSpec* specification);
+    /// A copy of a new, empty item: the argument is not read. Callers that want a duplicate ask the
+    /// item for its `copy`.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo> fileInfoWithFileInfo(TavMacFileInfo* item);
+
+    /// Makes every folder that is missing on the way; the deepest one, or null.
+    [[nodiscard]] static FileInfoPtr fileInfoCreateFolderWithFullPath(std::string_view path);
+    /// The same for all but the last component, which is made as an empty file.
+    [[nodiscard]] static FileInfoPtr fileInfoCreateFileWithFullPath(std::string_view path);
+    /// One item a path, in their order.
+    [[nodiscard]] static FileInfoArray
+    fileInfoArrayFromPathsArray(std::span<const std::string> paths);
+    /// The files on a pasteboard, by its list of names or else its list of URLs; none where it
+    /// holds no files.
+    [[nodiscard]] static FileInfoArray fileInfoArrayFromPasteboard(const Pasteboard& pasteboard);
+    /// Has the drag drop the files that it promised into "Orvane_TempFiles" in the temporary
+    /// folder; those that are there then. Nothing when the pasteboard promises none or no names
+    /// come back.
+    [[nodiscard]] static std::optional<FileInfoArray>
+    promisedFilesOnPasteboard(const Pasteboard& pasteboard, DragInfo& dragInfo);
+
+    // Between paths, URLs and references
+
+    /// Nothing for nil, otherwise a file URL.
+    [[nodiscard]] static std::optional<Url> urlFromPath(OptionalText path);
+    /// Nothing unless it is the URL of a file on this host.
+    [[nodiscard]] static std::optional<std::string> pathFromURL(const Url* url);
+    /// Where the file is now; nothing when it is not found (docs/platform.md says where it is
+    /// looked for).
+    [[nodiscard]] static std::optional<std::string> pathFromFileRef(const FileRef& reference);
+    /// A reference of zeros for nothing and for what is not there.
+    [[nodiscard]] static FileRef fileRefFromPath(OptionalText path);
+    [[nodiscard]] static FileRef fileRefFromURL(const Url* url);
+    [[nodiscard]] static std::optional<std::string> pathFromFileSpec(const FileSpec& specification);
+    [[nodiscard]] static FileRef fileRefFromFileSpec(const FileSpec& specification);
+    /// Zero when the file is not found.
+    [[nodiscard]] static FileSpec fileSpecFromFileRef(const FileRef& reference);
+
+    [[nodiscard]] std::optional<Url> URL();
+    /// Takes the reference if it is not valid: -50 for the empty path, -1 when no file is found at
+    /// the path or at `resolvedPath`. The pointer may be null.
+    Status fileRef(FileRef* outReference);
+    /// Zero unless `fileRef` succeeds, whose status goes to the pointer, which may be null.
+    [[nodiscard]] FileSpec fileSpecWithError(Status* outError);
+    [[nodiscard]] FileSpec fileSpec();
+    /// The path with every alias on the way resolved; nothing when a component does not exist.
+    [[nodiscard]] virtual std::optional<std::string> resolvedPath();
+
+    // Special folders; null where the host has none. They need not exist.
+
+    /// Directories and domains are those of the platform's search paths (library 5, application
+    /// support 14, ...; user 1, local 2).
+    [[nodiscard]] static FileInfoPtr _specialFolder(std::uint32_t directory, std::uint32_t where);
+    [[nodiscard]] static FileInfoPtr userLibraryFolder();
+    [[nodiscard]] static FileInfoPtr globalLibraryFolder();
+    [[nodiscard]] static FileInfoPtr userAppSupportFolder();
+    [[nodiscard]] static FileInfoPtr globalAppSupportFolder();
+    [[nodiscard]] static FileInfoPtr systemTempFolder();
+    /// The folder for a four-character type ("docs", "desk", ...; see `internal::FolderType`) and a
+    /// domain (0x8000 to 0x8005 as a signed number, of which the local one has the library and
+    /// application support, and the others are the user's). Nothing when it does not exist, unless
+    /// it is to be made.
+    [[nodiscard]] static std::optional<std::string>
+    findFolderPath(std::int16_t volume, std::uint32_t withType, bool createIfNotExist);
+    [[nodiscard]] static FileInfoPtr findFolder(std::int16_t volume, std::uint32_t withType,
+                                                bool createIfNotExist);
+
+    // Names
+
+    /// The name as a file name here: "/" becomes "_".
+    [[nodiscard]] static std::string makeNameOSCompliant(std::string_view name);
+
+    // Cleaning
+
+    /// Removes what desktops leave on the volume of a path: its trash, desktop databases and
+    /// markers at the root, ".DS_Store" and "._" files everywhere.
+    static void removeMacGeneratedItemsAtPath(std::string_view path);
+
+    /// A new item for the same path with what this one knows already.
+    [[nodiscard]] virtual std::shared_ptr<TavMacFileInfo> copy();
+
+    // Archiving: as an item known by its path, nothing else is kept
+
+    /// As for any item; local ones are known here.
+    [[nodiscard]] static Archived unarchiveFromData(BytesView data);
+    [[nodiscard]] std::string className() const override;
+    [[nodiscard]] std::vector<std::string> superclassNames() const override;
+
+    /// Where the file is. Where it was given another name in its folder, that path is taken over.
+    [[nodiscard]] std::string path() override;
+    [[nodiscard]] std::string name() override;
+    [[nodiscard]] std::string extension() override;
+    void setName(std::string_view name) override;
+    void setNameKeepingExtension(std::string_view name) override;
+    [[nodiscard]] std::string makeValidFilename(std::string_view filename,
+                                                bool encodeNonASCII) override;
+    /// The path as people are shown it: the home folder as "~", each name as it is displayed.
+    [[nodiscard]] std::string humanFriendlyPath() override;
+    /// The name as it is displayed: without its extension where that is to be hidden.
+    [[nodiscard]] std::string humanFriendlyName() override;
+    [[nodiscard]] std::string kindString() override;
+    [[nodiscard]] std::shared_ptr<Image> icon() override;
+    [[nodiscard]] std::int32_t maxPathLength() override;
+    [[nodiscard]] std::uint64_t preferredChunkSize() override;
+    [[nodiscard]] bool supportsTimezones() override;
+    /// Whether files keep local time for UTC: dates are shifted by the time zone's offset of now
+    /// then. Never here.
+    [[nodiscard]] virtual bool mustUseUTCDates();
+    /// Four characters each as a number; those of "????" for a file without.
+    [[nodiscard]] virtual std::uint32_t typeCode();
+    [[nodiscard]] virtual std::uint32_t creatorCode();
+    /// The type between apostrophes; "''" for a file without, empty for none.
+    [[nodiscard]] virtual std::string typeCodeString();
+    /// The name and the content of a regular file below 4 GiB; nothing for anything else.
+    [[nodiscard]] virtual std::optional<FileWrapper> fileWrapper();
+    // Through `ItemMedia::current()`.
+    [[nodiscard]] std::optional<Value> metadata() override;
+    void setMetadata(const Value& metadata) override;
+    [[nodiscard]] bool hasDRM() override;
+    /// Whether the item is the root of one of a device's two volumes; no device is known yet.
+    [[nodiscard]] virtual bool isBlackberryInternalMemoryRoot();
+    [[nodiscard]] virtual bool isBlackberryMemoryCardRoot();
+
+    [[nodiscard]] bool exists() override;
+    [[nodiscard]] bool isFolder() override;
+    [[nodiscard]] bool isFile() override;
+    [[nodiscard]] bool isBundle() override;
+    [[nodiscard]] bool isVolume() override;
+    [[nodiscard]] virtual bool isAlias();
+    [[nodiscard]] virtual bool isAliasAllowingPrompts(bool allowingPrompts);
+    [[nodiscard]] bool visible() override;
+    /// Whether its owner may not write it. Of a link itself, never.
+    [[nodiscard]] bool isLocked() override;
+    /// Takes or gives back the right to write; a link itself has none. Failures are not told.
+    void setLocked(bool locked) override;
+    void setHideExtension(bool hide) override;
+    [[nodiscard]] FileInfoPtr aliasTarget() override;
+    [[nodiscard]] FileInfoPtr resolvedFileInfo() override;
+    [[nodiscard]] std::uint32_t resolvedSize() override;
+    bool resolveAlias() override;
+    /// A broken alias becomes an item with the empty path, which does not exist. That an item was a
+    /// broken alias is not forgotten by `refresh`: it resolves to the empty path also when what it
+    /// leads to has come back. This is meant.
+    virtual bool resolveAliasAllowingPrompts(bool allowingPrompts);
+
+    /// One of the attributes by the platform's name ("NSFileSize", "NSFileModificationDate", ...),
+    /// of a link those of the link; nothing for a file that does not exist, for names that are not
+    /// known and for what the file has not.
+    [[nodiscard]] virtual std::optional<Value> attribute(std::string_view key);
+    [[nodiscard]] std::optional<Date> modificationDate() override;
+    [[nodiscard]] std::optional<Date> creationDate() override;
+    void setModificationDate(std::optional<Date> date) override;
+    void setCreationDate(std::optional<Date> date) override;
+    /// Of a file the low 32 bits of its size: 5 GiB read as 1 GiB.
+    [[nodiscard]] std::uint64_t size() override;
+    [[nodiscard]] std::uint64_t freeSpaceOnVolume() override;
+    [[nodiscard]] FileInfoPtr volume() override;
+
+    [[nodiscard]] FileInfoPtr parentFolder() override;
+    [[nodiscard]] FileInfoPtr find(std::string_view name) override;
+    [[nodiscard]] virtual std::shared_ptr<TavMacFileInfo> find(std::string_view name,
+                                                               bool resolveAliases);
+    [[nodiscard]] virtual std::shared_ptr<TavMacFileInfo>
+    find(std::string_view name, bool resolveAliases, bool allowingPrompts);
+    [[nodiscard]] FileInfoPtr findFirstDeep(std::string_view name) override;
+    [[nodiscard]] FileInfoArray findDeep(std::string_view name) override;
+    [[nodiscard]] FileInfoPtr tempFolder() override;
+
+    using TavPathBasedFileInfo::folderContentsWithFilter;
+    void folderContentsWithFilter(TavBaseFileInfoFilter* filter, FileInfoArray* withArray,
+                                  bool* stopAccumulating, std::string_view rootNodePath) override;
+    [[nodiscard]] FileInfoPtr createFolder(std::string_view path) override;
+    [[nodiscard]] FileInfoPtr createUniqueFolder(std::string_view name) override;
+    bool removeContents() override;
+    bool remove() override;
+    /// Does not replace what stands there. 0, or -1 for every failure, another volume among them.
+    Status moveTo(TavBaseFileInfo* destination) override;
+    void setPath(std::string_view path) override;
+    void refresh() override;
+
+  protected:
+    TavMacFileInfo();
+
+    /// Stores the path, tilde expanded. Nothing is asked of the file system.
+    void initWithPath(OptionalText path) override;
+    void _setPath(OptionalText path) override;
+    virtual void _setPath(OptionalText path, bool updateFileRef);
+
+    /// Asks whether the item is a folder and an alias, if that is not known; whether it is now.
+    bool _cacheInfoAllowingPrompts(bool allowingPrompts);
+    /// Asks for the attributes of the file itself, if they are not known; whether they are now.
+    bool _cacheAttributes();
+    void _cacheBlackberryInfo();
+    void _clearCaches();
+    /// The identifier of the item's volume; 0 when it cannot be had.
+    [[nodiscard]] std::uint64_t _vRefNum();
+
+  private:
+    friend class internal::FolderWalk;
+
+    Result<FileAttributes> _ownAttributes();
+    Result<FileAttributes> _targetAttributes();
+    Status _takeFileRef(std::optional<FileAttributes>& learned);
+    bool _followFile();
+    bool _cacheAliasInfo(const std::optional<FileAttributes>& learned);
+    Result<VolumeInfo> _volumeInfo();
+    std::string _pathOnVolume();
+    std::uint32_t _code(std::string_view attribute);
+    /// Null where the file has none.
+    const Data* _extendedAttribute(std::string_view name);
+    bool _hidesExtension();
+
+    internal::FileNumbers _itsFileRef;
+    std::unique_ptr<FileRef> _aliasRef; ///< Of the alias's target.
+    std::unique_ptr<internal::CachedAttributes> _attrs;
+    /// The open folder of the listing that is asking its filter about this item; null at any other
+    /// time, and once the item has another path. Questions go through it, which spares the way
+    /// along the path, and the path stands meanwhile.
+    OpenFolder* _listingFolder = nullptr;
+    bool _folderAliasValid = false; ///< The next three are known.
+    bool _isFolder = false;         ///< The item, or what an alias leads to.
+    bool _isAlias = false;
+    bool _badAlias = false; ///< The alias leads to nothing.
+    bool _fileRefValid = false;
+    /// The file was looked for and is not in its folder any more.
+    bool _isLost = false;
+    std::int8_t _hasDRM = -1; ///< -1 not yet known, 0 no, 1 yes.
+    bool _blackberryInfoValid = false;
+    bool _isBlackberryInternalMemoryRoot = false;
+    bool _isBlackberryMemoryCardRoot = false;
+};
+
+/// The one way from an item to its local form; null for one that is not local.
+[[nodiscard]] TavMacFileInfo* asMacFileInfo(TavBaseFileInfo* item);
+
+} // namespace tav
