@@ -10,6 +10,7 @@ set(TAV_ROOMS
     platform/memory
     foundation
     log
+    fileinfo
     process
     relaunch
     relaunch/sample
@@ -23,6 +24,7 @@ set(TAV_BELOW_platform/linux platform)
 set(TAV_BELOW_platform/memory platform)
 set(TAV_BELOW_foundation platform)
 set(TAV_BELOW_log foundation)
+set(TAV_BELOW_fileinfo log)
 set(TAV_BELOW_process platform)
 set(TAV_BELOW_relaunch process)
 set(TAV_BELOW_relaunch/sample)

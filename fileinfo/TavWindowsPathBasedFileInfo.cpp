@@ -35,6 +35,10 @@ FileInfoPtr TavWindowsPathBasedFileInfo::fileInfo() {
 
 std::string TavWindowsPathBasedFileInfo::className() const { return "TavWindowsPathBasedFileInfo"; }
 
+std::vector<std::string> TavWindowsPathBasedFileInfo::superclassNames() const {
+    return {"TavPathBasedFileInfo", "TavBaseFileInfo", "NSObject"};
+}
+
 std::string TavWindowsPathBasedFileInfo::path() {
     return isFolder() && !_itsPath.ends_with('\\') ? _itsPath + '\\' : _itsPath;
 }
