@@ -13,15 +13,8 @@ namespace {
 constexpr std::uint64_t largestPicture = 4U << 20U;
 
 bool isInside(std::string_view path) {
-    if (path.empty() || path.front() == '/' || path.find('\0') != std::string_view::npos) {
-        return false;
-    }
-    for (const std::string& component : pathComponents(path)) {
-        if (component == "..") {
-            return false;
-        }
-    }
-    return true;
+    return !path.empty() && path.front() != '/' && path.find('\0') == std::string_view::npos &&
+           ("/" + std::string(path) + "/").find("/../") == std::string::npos;
 }
 
 struct Folders {
@@ -43,8 +36,9 @@ std::vector<std::string> internal::resourceFolders(std::optional<std::string> ex
     std::vector<std::string> folders;
     if (executable) {
         const std::string bundle = bundlePathOfExecutable(*executable);
-        folders = {stringByAppendingPathComponent(bundle, "Contents/Resources"),
-                   stringByAppendingPathComponent(bundle, "Resources"), bundle};
+        folders.push_back(stringByAppendingPathComponent(bundle, "Contents/Resources"));
+        folders.push_back(stringByAppendingPathComponent(bundle, "Resources"));
+        folders.push_back(bundle);
     }
     folders.emplace_back(installedFolder);
     // An installed program must not read what somebody may have put where it was once built.

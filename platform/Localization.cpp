@@ -2,9 +2,6 @@
 
 #include "base/PathString.hpp"
 #include "platform/FileSystem.hpp"
-#include "platform/LibraryResources.hpp"
-#include "platform/NeverDestroyed.hpp"
-#include "platform/UserLanguages.hpp"
 
 #include <optional>
 #include <utility>
@@ -30,13 +27,7 @@ std::optional<MessageCatalogue> catalogueOf(std::string_view language,
     return std::nullopt;
 }
 
-struct OfTheUser : Translations {
-    OfTheUser() : Translations(userLanguages(), libraryResourceFolders()) {}
-};
-
 } // namespace
-
-Translations& internal::realTranslations() { return neverDestroyed<OfTheUser>(); }
 
 Translations::Translations(std::span<const std::string> languages,
                            std::span<const std::string> folders) {

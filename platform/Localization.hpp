@@ -27,6 +27,8 @@ Translations& realTranslations();
 /// constant.
 class Translations : public Seam<Translations, internal::realTranslations> {
   public:
+    /// None at all.
+    Translations() = default;
     Translations(std::span<const std::string> languages, std::span<const std::string> folders);
 
     /// The key where there is no translation.

@@ -93,21 +93,17 @@ std::optional<MessageCatalogue> MessageCatalogue::read(Data bytes) {
         return std::nullopt;
     }
     catalogue.messages_.reserve(count);
+    std::string_view previous;
     for (std::size_t i = 0; i < count; ++i) {
         const auto text = fields.text(texts + i * entrySize);
         const auto translation = fields.text(translations + i * entrySize);
-        if (!text || !translation || (text->empty() && !isUTF8(*translation))) {
+        if (!text || !translation || *text < previous || (text->empty() && !isUTF8(*translation))) {
             return std::nullopt;
         }
+        previous = *text;
         if (!text->empty() && !translation->empty()) {
             catalogue.messages_.emplace_back(*text, *translation);
         }
-    }
-    // Catalogues come sorted; one that does not is slower to read and otherwise as good. Of several
-    // translations of one text the first holds.
-    const auto precedes = [](const auto& a, const auto& b) { return a.first < b.first; };
-    if (!std::is_sorted(catalogue.messages_.begin(), catalogue.messages_.end(), precedes)) {
-        std::stable_sort(catalogue.messages_.begin(), catalogue.messages_.end(), precedes);
     }
     return catalogue;
 }

@@ -16,8 +16,9 @@ namespace tav {
 /// plural forms the singular counts. Not copied; questions may come from any thread.
 class MessageCatalogue {
   public:
-    /// Nothing when the bytes are no catalogue, reach beyond their end, or hold texts of another
-    /// encoding. Takes time in proportion to the size, but for sorting.
+    /// Nothing when the bytes are no catalogue, reach beyond their end, are out of order (the
+    /// format asks for it), or hold texts of another encoding. Takes time in proportion to the
+    /// size.
     [[nodiscard]] static std::optional<MessageCatalogue> read(Data bytes);
 
     MessageCatalogue(MessageCatalogue&&) = default;
@@ -31,6 +32,7 @@ class MessageCatalogue {
     [[nodiscard]] std::optional<std::string_view> find(std::string_view key) const;
 
     /// Each text with its translation, ordered by the bytes of the texts, without the description.
+    /// Of several translations of one text the first holds.
     [[nodiscard]] const std::vector<std::pair<std::string_view, std::string_view>>&
     messages() const {
         return messages_;

@@ -81,12 +81,14 @@ TEST(MessageCatalogue, TheEmptyTextAndEmptyTranslationsAreNone) {
     EXPECT_EQ(read_->find("a"), std::nullopt);
 }
 
-TEST(MessageCatalogue, OrderDoesNotMatterAndTheFirstHolds) {
-    const auto read_ = read(catalogue({{"c", "C"}, {"a", "1"}, {"b", "B"}, {"a", "2"}}));
+TEST(MessageCatalogue, TextsOutOfOrderAreRefusedAndOfEqualOnesTheFirstHolds) {
+    EXPECT_FALSE(read(catalogue({{"b", "B"}, {"a", "A"}})));
+    EXPECT_FALSE(read(catalogue({{"a", "A"}, {"", "x"}})));
+    const auto read_ = read(catalogue({{"a", "1"}, {"a", "2"}, {"b", "B"}, {"\xc3\xa4", "C"}}));
     ASSERT_TRUE(read_);
     EXPECT_EQ(read_->find("a"), "1");
     EXPECT_EQ(read_->find("b"), "B");
-    EXPECT_EQ(read_->find("c"), "C");
+    EXPECT_EQ(read_->find("\xc3\xa4"), "C");
 }
 
 TEST(MessageCatalogue, OfPluralsTheSingularCounts) {
