@@ -193,7 +193,7 @@ void AttributedString::removeAttribute(std::string_view name, Range range) {
 }
 
 void AttributedString::setAttributes(Attributes attributes, Range range) {
-    const SharedAttributes changed = shared(std::move(attributes));
+    SharedAttributes changed = shared(std::move(attributes));
     change(range, [&](const SharedAttributes&) { return changed; });
 }
 

@@ -79,7 +79,7 @@ const Kind* attribute(const Attributes& attributes, std::string_view name) {
 void Writer::run(AttributedString::Range range, const Attributes& attributes) {
     const Value* link = attribute<Value>(attributes, NSLinkAttributeName);
     if (link != nullptr && link->asString() != nullptr) {
-        open("<a href=\"" + htmlEscapedString(wellFormedUTF8(*link->asString())) + "\">", "a");
+        open("<a href=\"" + htmlEscapedString(*link->asString()) + "\">", "a");
     }
     if (const auto* color = attribute<Color>(attributes, NSForegroundColorAttributeName)) {
         open("<span style=\"color:" + hexColor(*color) + "\">", "span");

@@ -96,7 +96,7 @@ std::optional<unsigned> numberInFront(std::string_view text, unsigned base, std:
         const auto lower =
             static_cast<unsigned char>(digit >= 'A' && digit <= 'F' ? digit + 32 : digit);
         const unsigned value = lower >= 'a' ? lower - unsigned{'a'} + 10 : lower - unsigned{'0'};
-        if (lower > 'f' || (lower > '9' && lower < 'a') || value >= base) {
+        if ((lower > '9' && lower < 'a') || value >= base) {
             return std::nullopt;
         }
         number = number * base + value;

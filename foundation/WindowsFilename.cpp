@@ -140,7 +140,7 @@ std::string replacedName(std::string_view name) {
 bool hasOnlyBytesFrom(std::uint64_t least, std::string_view text) {
     constexpr std::uint64_t ones = 0x0101010101010101;
     const auto outside = [&](std::uint64_t word) {
-        return word | (word + ones) | ((word - ones * least) & ~word);
+        return word | (word + ones) | (word - ones * least);
     };
     const auto wordAt = [&](std::size_t at) {
         std::uint64_t word = 0;
