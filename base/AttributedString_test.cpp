@@ -91,6 +91,20 @@ TEST(AttributedString, RemovingTakesOneAwayAndJoinsWhatIsAlike) {
     EXPECT_EQ(text, AttributedString("abcdef", {{"a", one}}));
 }
 
+TEST(AttributedString, AChangeJoinsWithTheNeighboursOnBothSides) {
+    AttributedString text("abc");
+    text.addAttribute("a", one, {0, 1});
+    text.addAttribute("a", one, {2, 1});
+    Range range;
+    static_cast<void>(text.attributesAt(0, &range));
+    EXPECT_EQ(range, (Range{0, 1}));
+    text.addAttribute("a", one, {1, 1});
+    for (std::size_t place = 0; place < 3; ++place) {
+        static_cast<void>(text.attributesAt(place, &range));
+        EXPECT_EQ(range, (Range{0, 3}));
+    }
+}
+
 TEST(AttributedString, OneAttributeHasARangeOfItsOwn) {
     AttributedString text("abcdef");
     text.addAttribute("a", one, {1, 4});
@@ -242,6 +256,9 @@ TEST(AttributedString, APlaceInsideACharacterIsItsBeginning) {
     EXPECT_EQ(byteRangeFromUTF16Range(text, {2, 0}).location, 3U);
     // Continuation bytes on their own are characters of their own.
     EXPECT_EQ(utf16RangeFromByteRange("\x80\x80\x80\x80\x80", {3, 1}), (Range{3, 1}));
+    // And so are those behind a byte with which they make no character.
+    EXPECT_EQ(utf16RangeFromByteRange("\xE0\x80\x80", {1, 1}), (Range{1, 1}));
+    EXPECT_EQ(utf16RangeFromByteRange("\xF5\x80\x80\x80", {3, 1}), (Range{3, 1}));
 }
 
 } // namespace

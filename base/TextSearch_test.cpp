@@ -109,6 +109,8 @@ TEST(TextSearch, IgnoringDiacritics) {
     EXPECT_EQ(rangeOfString("xÉy", "e", ignoreDiacritics | ignoreCase), Found({1, 1}));
     EXPECT_EQ(rangeOfString("\u0301ab", "ab", ignoreDiacritics), Found({1, 2}));
     EXPECT_EQ(rangeOfString("e\u0301", "\u0301", ignoreDiacritics), std::nullopt);
+    // A mark that no form changes, and that stands alone.
+    EXPECT_EQ(rangeOfString("\n\u0900", "\u0900", ignoreDiacritics), std::nullopt);
     EXPECT_EQ(rangeOfString("ø", "o", ignoreDiacritics), std::nullopt);
 }
 
@@ -121,6 +123,8 @@ TEST(TextSearch, AnchoredPlaces) {
     EXPECT_EQ(rangeOfString("xäbx", "äb", anchored | backwards, {0, 3}), Found({1, 2}));
     EXPECT_EQ(rangeOfString("xabx", "ab", anchored | backwards, {0, 3}), Found({1, 2}));
     EXPECT_EQ(rangeOfString("ab", "abc", anchored), std::nullopt);
+    EXPECT_EQ(rangeOfString("ab", "xab", anchored | backwards), std::nullopt);
+    EXPECT_EQ(rangeOfString("äb", "xäb", anchored | backwards), std::nullopt);
 }
 
 TEST(TextSearch, RangesCutNoSequence) {

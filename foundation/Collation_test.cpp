@@ -43,6 +43,8 @@ TEST(Collation, OrderIgnoresCaseAccentsWidthAndComposition) {
     EXPECT_EQ(order("ø", "o"), 0);
     EXPECT_EQ(order("æ", "ae"), 0);
     EXPECT_EQ(order("e\u0301\u0323", "e\u0323\u0301"), 0);
+    EXPECT_EQ(order("a\u0F71\u0F73", "a\u0F71\u0F71\u0F72"), 0);
+    EXPECT_EQ(order("a\u0F72\u0F71", "a\u0F71\u0F72"), 0);
     // Katakana and hiragana, superscripts.
     EXPECT_EQ(order("カ", "か"), 0);
     EXPECT_EQ(order("²", "2"), 0);

@@ -89,6 +89,16 @@ TEST(ImageExtensions, TheFirstQuestionHasTheSetMadeOnTheMainThread) {
     EXPECT_EQ(service.asked, 1);
 }
 
+TEST(ImageExtensions, NoExtensionIsNeverAnImages) {
+    MemoryImageService service;
+    service.types = {""};
+    const ImageService::Replacement replacement(service);
+    ImageExtensionsSet set;
+    set.allocate();
+    EXPECT_EQ(internal::stringByDeletingImageExtension("a.", set), "a.");
+    EXPECT_EQ(internal::stringByDeletingImageExtension("a/", set), "a/");
+}
+
 TEST(ImageExtensions, AnExceptionReleasesTheLockAndBuildsNothing) {
     MemoryImageService service;
     service.types = {"abc"};

@@ -146,7 +146,7 @@ TEST(TextEncoding, WhatIsNoTextIsNotRead) {
     EXPECT_EQ(decoded("\0\0\0"s, TextEncoding::UTF32), std::nullopt);
     EXPECT_EQ(decoded("\0\x11\0\0"s, TextEncoding::UTF32BigEndian), std::nullopt);
     for (const char* text : {"\\", "\\1", "\\12", "\\12x", "\\8", "\\400", "\\777", "\\u", "\\u12",
-                             "\\u123g", "\\n", "\\U0041", "\x80"}) {
+                             "\\u123g", "\\u123:", "\\u@123", "\\n", "\\U0041", "\x80"}) {
         EXPECT_EQ(decoded(text, TextEncoding::NonLossyASCII), std::nullopt) << text;
     }
     EXPECT_EQ(decoded("\\101\\u00C9\\u00e9\\377", TextEncoding::NonLossyASCII), "AÉéÿ");
@@ -165,7 +165,7 @@ TEST(TextEncoding, LossyConversionAlwaysSucceeds) {
     EXPECT_EQ(encoded(text, TextEncoding::ISOLatin1, true), "\xE9????L\"x");
     EXPECT_EQ(encoded(text, TextEncoding::NEXTSTEP, true), "\xDD????\xE8\xAAx");
     EXPECT_EQ(encoded("αaé3", TextEncoding::Symbol, true), "a??3");
-    EXPECT_EQ(encoded("a\xFFé", TextEncoding::UTF8, true), "a?é");
+    EXPECT_EQ(encoded("a\xFFé😀", TextEncoding::UTF8, true), "a?é😀");
     EXPECT_EQ(encoded("a\xFF", TextEncoding::UTF32BigEndian, true), "\0\0\0a\0\0\0?"s);
     EXPECT_EQ(encoded("a\u200Bb", TextEncoding::ISOLatin1, true), lossyASCII("a\u200Bb"));
     for (std::uint32_t encoding = 0; encoding < 40; ++encoding) {

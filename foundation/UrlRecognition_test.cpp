@@ -63,6 +63,9 @@ TEST(UrlRecognition, MailAndChat) {
     // Whatever follows, malformed or not.
     expectItself("mailto:a b <x@y.z>");
     expectItself("aim:é.\xFF");
+    // Slashes with an accent begin no host.
+    expectItself("mailto:a.b://\u0301c");
+    expectNone("mailto:a.b://c d");
     expectNone("MAILTO:a@b.c");
     expectNone("Aim:a.b");
     expectNone("mailto.a@b.c");
