@@ -11,6 +11,7 @@ set(TAV_ROOMS
     foundation
     log
     fileinfo
+    fileinfo/local
     process
     relaunch
     relaunch/sample
@@ -25,12 +26,13 @@ set(TAV_BELOW_platform/memory platform)
 set(TAV_BELOW_foundation platform)
 set(TAV_BELOW_log foundation)
 set(TAV_BELOW_fileinfo log)
+set(TAV_BELOW_fileinfo/local fileinfo)
 set(TAV_BELOW_process platform)
 set(TAV_BELOW_relaunch process)
 set(TAV_BELOW_relaunch/sample)
 set(TAV_BELOW_testing base)
-set(TAV_BELOW_bench relaunch log platform/memory testing)
-set(TAV_BELOW_fuzz relaunch log platform/linux platform/memory)
+set(TAV_BELOW_bench relaunch fileinfo/local platform/memory testing)
+set(TAV_BELOW_fuzz relaunch fileinfo/local platform/linux platform/memory)
 
 # What tests may include besides what the code of their room may: the in-memory seams and the
 # helpers of the tests.
