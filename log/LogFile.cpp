@@ -142,12 +142,13 @@ SystemError LogFile::saveToPath(std::string_view path) {
         // Ours would be nobody's file then: it goes on in the new one.
         if (there.ok() && ours.ok() && there.value().identity == ours.value().identity) {
             auto replaced = replaceFileAtomically(path, bytesOf(image));
-            if (replaced.ok()) {
+            const SystemError error = replaced.error();
+            if (error.isNone()) {
                 mFileHandle = std::move(replaced).value();
                 remains_.reset();
                 sizeWithoutTerminator_.reset();
             }
-            return replaced.error();
+            return error;
         }
     }
     return writeFileAtomically(path, bytesOf(image));
@@ -164,10 +165,11 @@ bool LogFile::replaceFile(std::string_view image) {
         return false;
     }
     auto replaced = replaceFileAtomically(path_, bytesOf(image));
-    if (replaced.ok()) {
-        mFileHandle = std::move(replaced).value();
+    if (!replaced.ok()) {
+        return false;
     }
-    return replaced.ok();
+    mFileHandle = std::move(replaced).value();
+    return true;
 }
 
 void LogFile::trimLines(std::size_t keep) {
