@@ -1,8 +1,11 @@
 #include "foundation/ArrayExtensions.hpp"
 
+#include "base/KeyedArchiver.hpp"
+#include "base/KeyedUnarchiver.hpp"
 #include "base/Unicode.hpp"
 
 #include <string_view>
+#include <utility>
 
 namespace tav {
 
@@ -143,6 +146,52 @@ bool containsNumber(const Value::Array& array, const Value& number) {
     return number.isNumber() && std::any_of(array.begin(), array.end(), [&](const Value& element) {
                return element.isNumber() && element == number;
            });
+}
+
+Data internal::archiveOfElement(const Coding* element) {
+    if (element == nullptr) {
+        throw Exception(KeyedArchiver::invalidArchiveOperation, "An array has no null to archive.");
+    }
+    return archivedDataWithRootObject(element);
+}
+
+std::shared_ptr<Coding> internal::elementFromArchive(BytesView archive) {
+    Archived element = unarchiveObjectWithData(archive);
+    auto* object = std::get_if<std::shared_ptr<Coding>>(&element);
+    return object == nullptr ? nullptr : std::move(*object);
+}
+
+void internal::failForElementOfOtherClass() {
+    throw Exception(KeyedUnarchiver::invalidUnarchiveOperation,
+                    "An archive holds something else than the array is of.");
+}
+
+Value::Array dataArray(const Value::Array& array) {
+    Value::Array archives;
+    archives.reserve(array.size());
+    for (const Value& element : array) {
+        archives.emplace_back(archivedDataWithRootObject(element));
+    }
+    return archives;
+}
+
+Value::Array arrayWithDataArray(const Value::Array& archives) {
+    Value::Array array;
+    array.reserve(archives.size());
+    for (const Value& archive : archives) {
+        const Data* bytes = archive.asData();
+        if (bytes == nullptr) {
+            throw Exception(KeyedUnarchiver::invalidUnarchiveOperation,
+                            "An element is no archive, since it is not bytes.");
+        }
+        Archived element = unarchiveObjectWithData(*bytes);
+        Value* value = std::get_if<Value>(&element);
+        if (value == nullptr) {
+            internal::failForElementOfOtherClass();
+        }
+        array.push_back(std::move(*value));
+    }
+    return array;
 }
 
 } // namespace tav

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "base/Data.hpp"
 #include "base/Exception.hpp"
+#include "base/KeyedCoding.hpp"
 #include "base/OptionalText.hpp"
 #include "base/Value.hpp"
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -75,5 +78,45 @@ void insertObjectsFromArray(std::vector<T>& array, const std::vector<T>& other, 
     const std::vector<T> copy(other);
     array.insert(array.begin() + static_cast<std::ptrdiff_t>(index), copy.begin(), copy.end());
 }
+
+namespace internal {
+Data archiveOfElement(const Coding* element);
+std::shared_ptr<Coding> elementFromArchive(BytesView archive);
+[[noreturn]] void failForElementOfOtherClass();
+} // namespace internal
+
+/// Each element as a keyed archive of its own, in their order; an object that stands in two
+/// elements is two objects afterwards. Throws `Exception` as `KeyedArchiver` does, and for null,
+/// which could not be read again.
+template <std::derived_from<Coding> T>
+[[nodiscard]] std::vector<Data> dataArray(const std::vector<std::shared_ptr<T>>& array) {
+    std::vector<Data> archives;
+    archives.reserve(array.size());
+    for (const std::shared_ptr<T>& element : array) {
+        archives.push_back(internal::archiveOfElement(element.get()));
+    }
+    return archives;
+}
+/// The same for values; the archives are bytes.
+[[nodiscard]] Value::Array dataArray(const Value::Array& array);
+
+/// The inverse: what each keyed archive holds. Throws `Exception`, named as `KeyedUnarchiver` names
+/// it, when one cannot be read or holds anything else than an object of class T: nil, which no
+/// array of the platform takes, a value, or an object of another class. There is no array then.
+template <std::derived_from<Coding> T = Coding>
+[[nodiscard]] std::vector<std::shared_ptr<T>>
+arrayWithDataArray(const std::vector<Data>& archives) {
+    std::vector<std::shared_ptr<T>> array;
+    array.reserve(archives.size());
+    for (const Data& archive : archives) {
+        array.push_back(std::dynamic_pointer_cast<T>(internal::elementFromArchive(archive)));
+        if (array.back() == nullptr) {
+            internal::failForElementOfOtherClass();
+        }
+    }
+    return array;
+}
+/// The same for values: each element has to be bytes and to hold a value.
+[[nodiscard]] Value::Array arrayWithDataArray(const Value::Array& archives);
 
 } // namespace tav
