@@ -169,10 +169,11 @@ TEST_P(RemoveDirectoryIfEmpty, AFaultBeforeTheRemovalKeepsEverything) {
             makeFile("top/ignored", "x");
             faulty.restartCount();
             faulty.failCall(call, error);
-            faulty.failOperation("removeFile", EPERM); // marks the beginning of the removal
+            faulty.failOperation("OpenFolder.removeFile",
+                                 EPERM); // marks the beginning of the removal
             removeDirectoryIfEmpty(path("top"), {"ignored"});
             const bool isDone = faulty.callCount() < call;
-            faulty.failOperation("removeFile", 0);
+            faulty.failOperation("OpenFolder.removeFile", 0);
             EXPECT_EQ(read("top/inner/.hidden"), "x") << call;
             EXPECT_EQ(read("top/ignored"), "x") << call;
 
@@ -209,9 +210,9 @@ TEST_P(RemoveDirectoryIfEmpty, AFileThatComesBeforeTheRemovalStays) {
 
 TEST_P(RemoveDirectoryIfEmpty, AFolderThatCannotBeListedIsNotEmpty) {
     makeFolder("top/.inner");
-    faulty.failOperation("folderEntries", EACCES);
+    faulty.failOperation("OpenFolder.entries", EACCES);
     EXPECT_FALSE(goes());
-    faulty.failOperation("folderEntries", 0);
+    faulty.failOperation("OpenFolder.entries", 0);
     EXPECT_TRUE(isFolder("top/.inner"));
     EXPECT_TRUE(goes());
 }
@@ -253,7 +254,8 @@ TEST_P(RemoveEmptyDirectories, ALinkToAnEmptyFolderIsOne) {
 
 TEST_P(RemoveEmptyDirectories, AFaultBeforeTheRemovalKeepsEverything) {
     for (const int error : sweptErrors) {
-        for (const char* operation : {"attributes", "targetAttributes", "folderEntries"}) {
+        for (const char* operation : {"attributes", "openFolder", "OpenFolder.openFolder",
+                                      "OpenFolder.attributes", "OpenFolder.entries"}) {
             makeFolder("top/empty");
             makeFile("top/file", "x");
             faulty.failOperation(operation, error);
@@ -270,7 +272,7 @@ TEST_P(RemoveEmptyDirectories, ManyEmptyFoldersThatCannotBeRemovedTakeNoLongerTh
     for (int i = 0; i < 200; ++i) {
         makeFolder("top/" + std::to_string(i));
     }
-    faulty.failOperation("removeFolder", EACCES);
+    faulty.failOperation("OpenFolder.removeFolder", EACCES);
     faulty.restartCount();
     EXPECT_FALSE(goes());
     EXPECT_LT(faulty.callCount(), 1000U);

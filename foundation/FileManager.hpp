@@ -11,14 +11,14 @@
 /// by itself. An empty path reads as none. Any thread, as far as the file system allows it.
 namespace tav {
 
-/// The path itself when nothing stands there, otherwise the first free one of "B 1.E", "B 2.E",
-/// ..., where B and E are the name without its extension and the extension. A candidate that is a
-/// folder makes the next one the whole name with a blank and the number: "B.E 1". Empty for an
-/// empty path.
+/// The path itself, as it is written, when nothing stands there, otherwise the first free one of
+/// "B 1.E", "B 2.E", ..., where B and E are the name without its extension and the extension. A
+/// candidate that is a folder makes the next one the whole name with a blank and the number: "B.E
+/// 1". Empty for an empty path.
 ///
-/// A name without extension has the empty one, so of "README" the first candidate is "README." and
-/// the next "README 1.". "Nothing stands there" means that the path leads to nothing: a link to
-/// nothing counts as free, and so does what cannot be looked at.
+/// A name without extension has the empty one, so where "README" is taken the first candidate is
+/// "README." and the next "README 1.". "Nothing stands there" means that the path leads to nothing:
+/// a link to nothing counts as free, and so does what cannot be looked at.
 [[nodiscard]] std::string uniqueFilePath(std::string_view path);
 
 /// Descending order ignoring case, for sorting paths so that what lies in a folder comes before it:
@@ -48,7 +48,8 @@ void removeEmptyDirectoriesFromPath(std::string_view folder);
 /// told: look whether the folder is there.
 ///
 /// The path's first component is taken for "/", whatever it is: of the relative path "a/b" the
-/// folder "/b" is made.
+/// folder "/b" is made. Beyond the first 4000 bytes of a path "." and ".." end the walk, and so
+/// does a folder that cannot be listed.
 void recursivelyCreatePath(std::string_view path);
 
 /// Where an alias, which here is a symbolic link, leads to: an absolute path without any links.

@@ -4,8 +4,17 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <memory>
 
 namespace tav {
+
+namespace {
+
+/// Up to here the host takes a path at once. What it does beyond takes the longer the longer the
+/// path is, so from here on each folder is made in the one that was made before.
+constexpr std::size_t longestPathAtOnce = 4000;
+
+} // namespace
 
 void recursivelyCreatePath(std::string_view path) {
     FileSystem& files = FileSystem::current();
@@ -19,13 +28,21 @@ void recursivelyCreatePath(std::string_view path) {
     }
     const std::vector<std::string> components = pathComponents(path);
     std::string folder = "/";
-    for (std::size_t i = 1; i < components.size(); ++i) {
+    std::size_t i = 1;
+    for (; i < components.size() && folder.size() + components[i].size() < longestPathAtOnce; ++i) {
         folder += components[i];
-        // No path gets shorter: where one is too long all others are.
+        // Nothing can be made below a name that is too long.
         if (files.createFolder(folder, 0777).number() == ENAMETOOLONG) {
             return;
         }
         folder += '/';
+    }
+    if (i >= components.size()) {
+        return;
+    }
+    for (auto above = files.openFolder(folder); above.ok() && i < components.size(); ++i) {
+        static_cast<void>(above.value()->createFolder(components[i], 0777));
+        above = above.value()->openTargetFolder(components[i]);
     }
 }
 

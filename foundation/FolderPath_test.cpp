@@ -1,5 +1,6 @@
 #include "foundation/FileManager.hpp"
 #include "foundation/FileManager_test.hpp"
+#include "foundation/FolderTree.hpp"
 
 namespace tav {
 namespace {
@@ -53,18 +54,46 @@ TEST_P(RecursivelyCreatePath, AFileFurtherUpStays) {
     EXPECT_EQ(read("a"), "x");
 }
 
-TEST_P(RecursivelyCreatePath, WhatIsTooLongForAPathEndsTheWalk) {
-    const std::string longName = '/' + std::string(200, 'd');
-    std::string longPath = root;
-    for (int i = 0; i < 100000; ++i) {
-        longPath += longName;
+TEST_P(RecursivelyCreatePath, APathMayHaveAnyLength) {
+    // Three kinds: right below and beyond what the host takes at once, and far beyond.
+    for (const std::size_t levels : {38U, 39U, 40U, 41U, 42U, 2000U}) {
+        std::string longPath = path("top");
+        for (std::size_t level = 0; level < levels; ++level) {
+            longPath += '/' + std::string(100, 'd');
+        }
+        faulty.restartCount();
+        recursivelyCreatePath(longPath);
+        EXPECT_LT(faulty.callCount(), 2 * levels + 20) << levels;
+        EXPECT_TRUE(files.openFolder(longPath).ok()) << levels;
+        ASSERT_TRUE(removeItem(path("top")).isNone());
+    }
+}
+
+TEST_P(RecursivelyCreatePath, LinksOnALongPathAreFollowed) {
+    std::string longPath = path("top");
+    for (int level = 0; level < 41; ++level) {
+        longPath += '/' + std::string(100, 'd');
     }
     recursivelyCreatePath(longPath);
-    EXPECT_TRUE(files.attributes(root + longName + longName).ok());
-    EXPECT_LT(faulty.callCount(), 40U);
+    makeFolder("outside");
+    ASSERT_TRUE(files.createLink(longPath + "/link", path("outside")).isNone());
+    recursivelyCreatePath(longPath + "/link/inner/most");
+    EXPECT_TRUE(isFolder("outside/inner/most"));
+    ASSERT_TRUE(removeItem(path("top")).isNone());
+}
 
+TEST_P(RecursivelyCreatePath, ANameThatIsTooLongEndsTheWalk) {
     recursivelyCreatePath(path("a/" + std::string(256, 'x') + "/b"));
     EXPECT_EQ(namesIn("a"), Names());
+    std::string longPath = path("top");
+    for (int level = 0; level < 60; ++level) {
+        longPath += '/' + std::string(100, 'd');
+    }
+    recursivelyCreatePath(longPath + '/' + std::string(256, 'x') + "/b");
+    const auto entries = files.folderEntries(longPath);
+    ASSERT_TRUE(entries.ok());
+    EXPECT_TRUE(entries.value().empty());
+    ASSERT_TRUE(removeItem(path("top")).isNone());
 }
 
 TEST_P(RecursivelyCreatePath, AFaultNeverTakesAwayMoreThanTheFileAtThePath) {

@@ -1,129 +1,144 @@
 #include "foundation/FolderTree.hpp"
 
-#include "base/PathString.hpp"
+#include "foundation/FolderTreeWalk.hpp"
 
 #include <cerrno>
-#include <cstddef>
 #include <utility>
 
 namespace tav {
 
 namespace {
 
-// FAT gives a folder another number whenever it has forgotten it, but never another birth.
-bool isSameFolder(const FileIdentity& a, const FileIdentity& b) {
-    return a.device == b.device && a.birthNanoseconds == b.birthNanoseconds &&
-           (a.birthNanoseconds != 0 || a.number == b.number);
-}
-
-std::string pathOfEntry(const std::string& folder, const std::string& name) {
-    return folder.ends_with('/') ? folder + name : folder + '/' + name;
-}
-
-SystemError listFolder(FolderTree::Folder& folder) {
-    FileSystem& files = FileSystem::current();
-    auto entries = files.folderEntries(folder.path);
-    if (!entries.ok()) {
-        return entries.error();
+/// The entries of a folder, with their kinds.
+Result<FolderListing> listFolder(OpenFolder& folder) {
+    auto listing = folder.entries();
+    if (!listing.ok()) {
+        return listing;
     }
-    folder.entries = std::move(entries).value();
-    for (FolderEntry& entry : folder.entries) {
-        if (entry.kind == FileKind::Unknown) {
-            const auto attributes = files.attributes(pathOfEntry(folder.path, entry.name));
+    bool tellsKinds = true;
+    for (const FolderListing::Entry& entry : listing.value()) {
+        tellsKinds = tellsKinds && entry.kind != FileKind::Unknown;
+    }
+    if (tellsKinds) {
+        return listing;
+    }
+    FolderListing withKinds;
+    for (const FolderListing::Entry& entry : listing.value()) {
+        FileKind kind = entry.kind;
+        if (kind == FileKind::Unknown) {
+            const auto attributes = folder.attributes(entry.name);
             if (!attributes.ok()) {
                 return attributes.error();
             }
-            entry.kind = attributes.value().kind;
+            kind = attributes.value().kind;
         }
+        withKinds.add(entry.name, kind, entry.number);
     }
-    return {};
+    return withKinds;
 }
 
-SystemError removeListedFolder(const FolderTree::Folder& folder) {
-    FileSystem& files = FileSystem::current();
-    const auto attributes = files.attributes(folder.path);
-    if (!attributes.ok()) {
-        return attributes.error();
-    }
-    if (attributes.value().kind != FileKind::Folder ||
-        !isSameFolder(attributes.value().identity, folder.identity)) {
-        return SystemError(ESTALE);
-    }
-    for (const FolderEntry& entry : folder.entries) {
+SystemError removeFiles(OpenFolder& folder, const FolderListing& entries) {
+    for (const FolderListing::Entry& entry : entries) {
         if (entry.kind == FileKind::Folder) {
             continue; // gone already, with what was in it
         }
-        const SystemError error = files.removeFile(pathOfEntry(folder.path, entry.name));
+        const SystemError error = folder.removeFile(entry.name);
         if (!error.isNone()) {
             return error;
         }
     }
-    return files.removeFolder(folder.path);
+    return {};
 }
 
 } // namespace
 
-std::vector<std::string> FolderTree::paths() const {
-    std::vector<std::string> all;
-    for (const Folder& folder : folders) {
-        for (const FolderEntry& entry : folder.entries) {
-            all.push_back(pathOfEntry(folder.path, entry.name));
+SystemError internal::listInnerFolders(FolderTree& tree, std::unique_ptr<OpenFolder> first) {
+    struct Found {
+        std::size_t parent = 0;
+        std::size_t entry = 0;
+    };
+    OpenFolder* folder = first.get();
+    FolderTreeWalk walk(tree, std::move(first));
+    std::vector<Found> found; // and not yet listed
+    for (;;) {
+        const std::size_t index = tree.folders.size() - 1;
+        auto listing = listFolder(*folder);
+        if (!listing.ok()) {
+            return listing.error();
         }
+        tree.folders[index].entries = std::move(listing).value();
+        const FolderListing& entries = tree.folders[index].entries;
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            if (entries[i].kind == FileKind::Folder) {
+                found.push_back({index, i});
+            }
+        }
+        if (found.empty()) {
+            return {};
+        }
+        const Found next = found.back();
+        found.pop_back();
+        const auto parent = walk.open(next.parent);
+        if (!parent.ok()) {
+            return parent.error();
+        }
+        const FolderTree::Folder& above = tree.folders[next.parent];
+        auto opened = identified(parent.value()->openFolder(above.entries[next.entry].name));
+        if (!opened.ok()) {
+            return opened.error();
+        }
+        folder = opened.value().folder.get();
+        tree.folders.push_back(
+            {next.parent, next.entry, above.depth + 1, opened.value().identity, {}});
+        walk.enter(tree.folders.size() - 1, std::move(opened.value().folder));
     }
-    return all;
 }
 
 Result<FolderTree> listFolderTree(std::string_view path) {
-    FileSystem& files = FileSystem::current();
-    const auto there = files.attributes(path);
-    if (!there.ok()) {
-        return there.error();
+    auto first = openFirstFolder(path);
+    if (!first.ok()) {
+        return first.error();
     }
     FolderTree tree;
-    tree.isReachedByLink = there.value().kind == FileKind::Link;
-    const auto start = tree.isReachedByLink ? files.targetAttributes(path) : there;
-    if (!start.ok()) {
-        return start.error();
-    }
-    if (start.value().kind != FileKind::Folder) {
-        return SystemError(ENOTDIR);
-    }
-    tree.folders.push_back({std::string(path), start.value().identity, {}});
-    for (std::size_t i = 0; i < tree.folders.size(); ++i) {
-        const SystemError error = listFolder(tree.folders[i]);
-        if (!error.isNone()) {
-            return error;
-        }
-        // By index: the folders move as others are added.
-        for (std::size_t j = 0; j < tree.folders[i].entries.size(); ++j) {
-            if (tree.folders[i].entries[j].kind != FileKind::Folder) {
-                continue;
-            }
-            std::string inner = pathOfEntry(tree.folders[i].path, tree.folders[i].entries[j].name);
-            const auto attributes = files.attributes(inner);
-            if (!attributes.ok()) {
-                return attributes.error();
-            }
-            if (attributes.value().kind != FileKind::Folder) {
-                return SystemError(ESTALE);
-            }
-            tree.folders.push_back({std::move(inner), attributes.value().identity, {}});
-        }
-    }
-    return tree;
+    tree.path = path;
+    tree.isReachedByLink = first.value().isReachedByLink;
+    tree.folders.push_back({0, 0, 0, first.value().identity, {}});
+    const SystemError error = internal::listInnerFolders(tree, std::move(first.value().folder));
+    return error.isNone() ? Result<FolderTree>(std::move(tree)) : error;
 }
 
 SystemError removeListedTree(const FolderTree& tree) {
+    FileSystem& files = FileSystem::current();
     if (tree.isReachedByLink) {
-        return FileSystem::current().removeFile(tree.folders.front().path);
+        return files.removeFile(tree.path);
     }
-    for (auto folder = tree.folders.rbegin(); folder != tree.folders.rend(); ++folder) {
-        const SystemError error = removeListedFolder(*folder);
+    auto opened = FolderTreeWalk::over(tree);
+    if (!opened.ok()) {
+        return opened.error();
+    }
+    FolderTreeWalk& walk = opened.value();
+    for (std::size_t index = tree.folders.size(); index-- > 0;) {
+        const FolderTree::Folder& listed = tree.folders[index];
+        const auto folder = walk.open(index);
+        if (!folder.ok()) {
+            return folder.error();
+        }
+        SystemError error = removeFiles(*folder.value(), listed.entries);
         if (!error.isNone()) {
             return error;
         }
+        if (index != 0) {
+            const auto parent = walk.open(listed.parent);
+            if (!parent.ok()) {
+                return parent.error();
+            }
+            error = parent.value()->removeFolder(tree.nameOf(listed));
+            if (!error.isNone()) {
+                return error;
+            }
+        }
     }
-    return {};
+    return files.removeFolder(tree.path);
 }
 
 SystemError removeItem(std::string_view path) {

@@ -1,6 +1,7 @@
 #include "foundation/FileManager_test.hpp"
 #include "foundation/FolderTree.hpp"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace tav {
@@ -25,6 +26,37 @@ class FolderTreeTest : public FileManagerTest {
             ASSERT_EQ(::mkfifo(path("top/pipe").c_str(), 0600), 0);
         }
     }
+    /// The whole paths of everything that was listed.
+    static Names pathsIn(const FolderTree& tree) {
+        Names paths;
+        Names folders;
+        for (const FolderTree::Folder& folder : tree.folders) {
+            folders.push_back(folders.empty() ? tree.path
+                                              : folders[folder.parent] + '/' +
+                                                    std::string(tree.nameOf(folder)));
+            for (const FolderListing::Entry& entry : folder.entries) {
+                paths.push_back(folders.back() + '/' + std::string(entry.name));
+            }
+        }
+        std::sort(paths.begin(), paths.end());
+        return paths;
+    }
+    /// Makes so many folders in one another, each of whose names has so many bytes.
+    void makeChain(const std::string& top, std::size_t depth, std::size_t nameSize) {
+        makeFolder(top);
+        auto folder = files.openFolder(path(top));
+        ASSERT_TRUE(folder.ok());
+        const std::string name(nameSize, 'd');
+        for (std::size_t level = 0; level < depth; ++level) {
+            ASSERT_TRUE(folder.value()->createFolder(name, 0700).isNone());
+            folder = folder.value()->openFolder(name);
+            ASSERT_TRUE(folder.ok());
+        }
+        OpenOptions options;
+        options.write = true;
+        options.create = true;
+        ASSERT_TRUE(folder.value()->open("file", options).ok());
+    }
     /// Whatever happened, this must hold.
     void expectOutsideIsWhole() {
         EXPECT_EQ(read("outside/kept"), "x");
@@ -39,8 +71,7 @@ TEST_P(FolderTreeTest, ListsAllDepthsAndNothingBehindLinks) {
     makeTree();
     const auto tree = listFolderTree(path("top"));
     ASSERT_TRUE(tree.ok());
-    std::vector<std::string> paths = tree.value().paths();
-    std::sort(paths.begin(), paths.end());
+    const Names paths = pathsIn(tree.value());
     std::vector<std::string> expected = {path("top/.hidden"),     path("top/inner"),
                                          path("top/inner/empty"), path("top/inner/file\xFF"),
                                          path("top/loop"),        path("top/nothing")};
@@ -54,75 +85,71 @@ TEST_P(FolderTreeTest, ListsAllDepthsAndNothingBehindLinks) {
     EXPECT_FALSE(tree.value().isReachedByLink);
 }
 
-TEST_P(FolderTreeTest, AsksForTheKindsThatAListingDoesNotTell) {
-    /// Listings of some file systems tell no kinds.
-    class WithoutKinds final : public FileSystem {
-      public:
-        explicit WithoutKinds(FileSystem& inner) : inner_(inner) {}
-        Result<FileAttributes> attributes(std::string_view path) override {
-            return inner_.attributes(path);
+/// A folder on a file system whose listings tell no kinds.
+class FolderWithoutKinds final : public OpenFolder {
+  public:
+    explicit FolderWithoutKinds(std::unique_ptr<OpenFolder> inner) : inner_(std::move(inner)) {}
+    static Result<std::unique_ptr<OpenFolder>> over(Result<std::unique_ptr<OpenFolder>> inner) {
+        if (!inner.ok()) {
+            return inner;
         }
-        Result<FileAttributes> targetAttributes(std::string_view path) override {
-            return inner_.targetAttributes(path);
+        return Result<std::unique_ptr<OpenFolder>>(
+            std::make_unique<FolderWithoutKinds>(std::move(inner).value()));
+    }
+    Result<FileAttributes> attributes() override { return inner_->attributes(); }
+    Result<FolderListing> entries() override {
+        const auto entries = inner_->entries();
+        if (!entries.ok()) {
+            return entries.error();
         }
-        Result<std::vector<FolderEntry>> folderEntries(std::string_view path) override {
-            auto entries = inner_.folderEntries(path);
-            if (entries.ok()) {
-                for (FolderEntry& entry : entries.value()) {
-                    entry.kind = FileKind::Unknown;
-                }
-            }
-            return entries;
+        FolderListing withoutKinds;
+        for (const FolderListing::Entry& entry : entries.value()) {
+            withoutKinds.add(entry.name, FileKind::Unknown, entry.number);
         }
-        Result<std::unique_ptr<OpenFolder>> openFolder(std::string_view) override {
-            return SystemError(EIO);
-        }
-        Result<std::string> linkTarget(std::string_view) override { return SystemError(EIO); }
-        Result<std::string> canonicalPath(std::string_view) override { return SystemError(EIO); }
-        Result<Data> readFile(std::string_view, std::uint64_t) override { return SystemError(EIO); }
-        SystemError writeFile(std::string_view, BytesView, std::uint32_t) override {
-            return SystemError(EIO);
-        }
-        Result<std::unique_ptr<OpenFile>> open(std::string_view, const OpenOptions&) override {
-            return SystemError(EIO);
-        }
-        SystemError syncFolder(std::string_view) override { return SystemError(EIO); }
-        SystemError createFolder(std::string_view, std::uint32_t) override {
-            return SystemError(EIO);
-        }
-        SystemError createLink(std::string_view, std::string_view) override {
-            return SystemError(EIO);
-        }
-        SystemError setPermissions(std::string_view, std::uint32_t) override {
-            return SystemError(EIO);
-        }
-        SystemError setModificationDate(std::string_view, Date) override {
-            return SystemError(EIO);
-        }
-        Result<Data> extendedAttribute(std::string_view, std::string_view) override {
-            return SystemError(EIO);
-        }
-        SystemError setExtendedAttribute(std::string_view, std::string_view, BytesView) override {
-            return SystemError(EIO);
-        }
-        SystemError removeExtendedAttribute(std::string_view, std::string_view) override {
-            return SystemError(EIO);
-        }
-        SystemError move(std::string_view, std::string_view, Replace) override {
-            return SystemError(EIO);
-        }
-        SystemError removeFile(std::string_view path) override { return inner_.removeFile(path); }
-        SystemError removeFolder(std::string_view path) override {
-            return inner_.removeFolder(path);
-        }
+        return withoutKinds;
+    }
+    Result<FileAttributes> attributes(std::string_view name) override {
+        return inner_->attributes(name);
+    }
+    Result<FileAttributes> targetAttributes(std::string_view name) override {
+        return inner_->targetAttributes(name);
+    }
+    Result<std::string> linkTarget(std::string_view name) override {
+        return inner_->linkTarget(name);
+    }
+    Result<std::unique_ptr<OpenFolder>> openFolder(std::string_view name) override {
+        return over(inner_->openFolder(name));
+    }
+    Result<std::unique_ptr<OpenFolder>> openTargetFolder(std::string_view name) override {
+        return over(inner_->openTargetFolder(name));
+    }
+    Result<std::unique_ptr<OpenFile>> open(std::string_view name,
+                                           const OpenOptions& options) override {
+        return inner_->open(name, options);
+    }
+    SystemError createFolder(std::string_view name, std::uint32_t permissions) override {
+        return inner_->createFolder(name, permissions);
+    }
+    SystemError removeFile(std::string_view name) override { return inner_->removeFile(name); }
+    SystemError removeFolder(std::string_view name) override { return inner_->removeFolder(name); }
 
-      private:
-        FileSystem& inner_;
-    };
+  private:
+    std::unique_ptr<OpenFolder> inner_;
+};
+
+TEST_P(FolderTreeTest, AsksForTheKindsThatAListingDoesNotTell) {
     makeTree();
-    WithoutKinds withoutKinds(files);
-    const FileSystem::Replacement inPlace(withoutKinds);
-    EXPECT_TRUE(removeItem(path("top")).isNone());
+    FolderTree tree;
+    tree.path = path("top");
+    tree.folders.emplace_back();
+    auto first = FolderWithoutKinds::over(files.openFolder(tree.path));
+    ASSERT_TRUE(first.ok());
+    tree.folders.front().identity = attributesOf("top").identity;
+    ASSERT_TRUE(internal::listInnerFolders(tree, std::move(first).value()).isNone());
+    const auto expected = listFolderTree(path("top"));
+    ASSERT_TRUE(expected.ok());
+    EXPECT_EQ(pathsIn(tree), pathsIn(expected.value()));
+    EXPECT_TRUE(removeListedTree(tree).isNone());
     EXPECT_FALSE(stands("top"));
     expectOutsideIsWhole();
 }
@@ -162,7 +189,7 @@ TEST_P(FolderTreeTest, OfATreeReachedByALinkOnlyTheLinkGoes) {
     makeLink("link", "outside");
     const auto tree = listFolderTree(path("link"));
     ASSERT_TRUE(tree.ok());
-    EXPECT_EQ(tree.value().paths(), Names{path("link/kept")});
+    EXPECT_EQ(pathsIn(tree.value()), Names{path("link/kept")});
     EXPECT_TRUE(removeListedTree(tree.value()).isNone());
     EXPECT_FALSE(stands("link"));
     expectOutsideIsWhole();
@@ -213,7 +240,8 @@ TEST_P(FolderTreeTest, AFolderAboveThatWasExchangedIsNotGoneThrough) {
 }
 
 TEST_P(FolderTreeTest, AFaultInTheListingRemovesNothing) {
-    for (const char* operation : {"attributes", "folderEntries"}) {
+    for (const char* operation : {"attributes", "openFolder", "OpenFolder.openFolder",
+                                  "OpenFolder.attributes", "OpenFolder.entries"}) {
         makeTree();
         faulty.failOperation(operation, EACCES);
         EXPECT_EQ(removeItem(path("top")).number(), EACCES);
@@ -247,16 +275,109 @@ TEST_P(FolderTreeTest, EveryFaultIsAnsweredAndARepeatedRemovalEnds) {
     }
 }
 
-TEST_P(FolderTreeTest, TreesDeeperThanThePathsOfTheKernelAreRemoved) {
-    std::string folder = path("top");
-    makeFolder("top");
-    for (int level = 0; level < 60; ++level) {
-        folder += '/' + std::string(100, 'd');
-        ASSERT_TRUE(files.createFolder(folder, 0700).isNone());
+TEST_P(FolderTreeTest, AnExchangeAtAnyMomentCostsNothingBehindALink) {
+    for (std::size_t call = 1;; ++call) {
+        makeFolder("outside");
+        makeFile("outside/kept", "x");
+        makeFolder("top");
+        makeFolder("top/inner");
+        makeFile("top/inner/kept", "x"); // the same name as outside
+        faulty.restartCount();
+        faulty.atCall(call, [&] {
+            // Once it is gone there is nothing to exchange.
+            if (errorOfMove("top/inner", "aside", Replace::No) == 0) {
+                makeLink("top/inner", "../outside");
+            }
+        });
+        static_cast<void>(removeItem(path("top")));
+        const bool isDone = faulty.callCount() < call;
+        expectOutsideIsWhole();
+        faulty.atCall(call, [] {});
+        for (const char* left : {"top", "aside", "outside"}) {
+            if (stands(left)) {
+                ASSERT_TRUE(removeItem(path(left)).isNone());
+            }
+        }
+        if (isDone) {
+            ASSERT_GT(call, 10U);
+            break;
+        }
     }
-    ASSERT_TRUE(files.writeFile(folder + "/file", {}, 0600).isNone());
+}
+
+TEST_P(FolderTreeTest, AnExchangeOfTheFirstFolderCostsNothingBehindALink) {
+    for (std::size_t call = 1;; ++call) {
+        makeFolder("outside");
+        makeFile("outside/kept", "x");
+        makeFolder("top");
+        makeFile("top/kept", "x");
+        faulty.restartCount();
+        faulty.atCall(call, [&] {
+            if (errorOfMove("top", "aside", Replace::No) == 0) {
+                makeLink("top", "outside");
+            }
+        });
+        static_cast<void>(removeItem(path("top")));
+        const bool isDone = faulty.callCount() < call;
+        expectOutsideIsWhole();
+        faulty.atCall(call, [] {});
+        for (const char* left : {"top", "aside", "outside"}) {
+            if (stands(left)) {
+                ASSERT_TRUE(removeItem(path(left)).isNone());
+            }
+        }
+        if (isDone) {
+            ASSERT_GT(call, 6U);
+            break;
+        }
+    }
+}
+
+TEST_P(FolderTreeTest, TreesDeeperThanThePathsOfTheKernelAreRemoved) {
+    makeChain("top", 60, 100);
     EXPECT_TRUE(removeItem(path("top")).isNone());
     EXPECT_FALSE(stands("top"));
+}
+
+TEST_P(FolderTreeTest, AnyDepthIsRemovedWithFewDescriptors) {
+    constexpr std::size_t depth = 2000;
+    makeChain("top", depth, 3);
+    makeFolder("top/ddd/beside");
+    ::rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const std::size_t open =
+        internal::realFileSystem().folderEntries("/proc/self/fd").value().size();
+    ::rlimit few = before;
+    few.rlim_cur = open + 18; // the suite keeps the numbers below it without gaps
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    faulty.restartCount();
+    const SystemError error = removeItem(path("top"));
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_TRUE(error.isNone()) << error.number();
+    EXPECT_FALSE(stands("top"));
+    // Nowhere near the square of the depth.
+    EXPECT_LT(faulty.callCount(), depth * 80);
+}
+
+TEST_P(FolderTreeTest, AFolderOfManyEntriesIsRemoved) {
+    // On a disk that many take half a minute.
+    const std::size_t count = GetParam() == Kind::Real ? 10000 : 100000;
+    makeFolder("top");
+    makeFolder("top/inner");
+    {
+        const auto folder = files.openFolder(path("top"));
+        ASSERT_TRUE(folder.ok());
+        OpenOptions options;
+        options.write = true;
+        options.create = true;
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_TRUE(folder.value()->open(std::to_string(i), options).ok());
+        }
+    }
+    faulty.restartCount();
+    EXPECT_TRUE(removeItem(path("top")).isNone());
+    EXPECT_FALSE(stands("top"));
+    EXPECT_LT(faulty.callCount(), count + 50);
 }
 
 } // namespace

@@ -6,11 +6,12 @@
 namespace tav {
 
 std::string uniqueFilePath(std::string_view path) {
-    if (path.empty()) {
-        return {};
-    }
     const std::string folder = stringByDeletingLastPathComponent(path);
     const std::string_view name = lastPathComponent(path);
+    const std::string itself = stringByAppendingPathComponent(folder, name);
+    if (path.empty() || !FileSystem::current().targetAttributes(itself).ok()) {
+        return std::string(path);
+    }
     const std::string base = stringByDeletingPathExtension(name);
     const std::string_view extension = pathExtension(name);
 

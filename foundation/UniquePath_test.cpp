@@ -36,6 +36,9 @@ TEST(UniqueFilePathVectors, GoldenCases) {
 TEST_P(UniqueFilePath, AFreePathIsAnsweredAsItIs) {
     EXPECT_EQ(unique("a.txt"), "a.txt");
     EXPECT_EQ(unique("missing/a.tar.gz"), "missing/a.tar.gz");
+    EXPECT_EQ(unique("README"), "README");
+    EXPECT_EQ(unique(".hidden"), ".hidden");
+    EXPECT_EQ(unique("folder/"), "folder/");
 }
 
 TEST_P(UniqueFilePath, NumbersStandBeforeTheExtension) {
@@ -57,10 +60,14 @@ TEST_P(UniqueFilePath, BehindAFolderTheNumberFollowsTheWholeName) {
     EXPECT_EQ(unique("a.txt"), "a 3.txt");
 }
 
-TEST_P(UniqueFilePath, ANameWithoutExtensionHasTheEmptyOne) {
+TEST_P(UniqueFilePath, ATakenNameWithoutExtensionHasTheEmptyOne) {
+    makeFile("README");
     EXPECT_EQ(unique("README"), "README.");
     makeFile("README.");
     EXPECT_EQ(unique("README"), "README 1.");
+    makeFolder("README 1.");
+    EXPECT_EQ(unique("README"), "README 2");
+    makeFile(".hidden");
     EXPECT_EQ(unique(".hidden"), ".hidden.");
 }
 
@@ -82,7 +89,7 @@ TEST_P(UniqueFilePath, NamesThatAreNoUTF8Survive) {
     EXPECT_EQ(unique("a\xFF%@.t\xFExt"), "a\xFF%@ 1.t\xFExt");
 }
 
-TEST_P(UniqueFilePath, ATrailingSlashGoes) {
+TEST_P(UniqueFilePath, ATrailingSlashGoesWithATakenName) {
     makeFile("a.txt");
     EXPECT_EQ(unique("a.txt/"), "a 1.txt");
 }
@@ -90,6 +97,8 @@ TEST_P(UniqueFilePath, ATrailingSlashGoes) {
 TEST_P(UniqueFilePath, WhatCannotBeLookedAtIsFree) {
     makeFile("a.txt");
     faulty.failCall(1, EACCES);
+    EXPECT_EQ(unique("a.txt"), "a.txt");
+    faulty.failCall(faulty.callCount() + 2, EACCES);
     EXPECT_EQ(unique("a.txt"), "a.txt");
     const std::string tooLong(300, 'x');
     EXPECT_EQ(unique(tooLong + ".txt"), tooLong + ".txt");
