@@ -109,11 +109,19 @@ std::string FolderWalk::pathOf(std::string_view name) const {
 std::shared_ptr<TavMacFileInfo> FolderWalk::itemOf(const FolderListing::Entry& entry) const {
     auto item = allocateItem<TavMacFileInfo>();
     item->_itsPath = pathOf(entry.name);
-    if (entry.kind != FileKind::Link && entry.kind != FileKind::Unknown) {
-        const FileAttributes& folder = folder_->ownAttributes();
-        item->_itsFileRef = {folder.identity.device, entry.number, 0, folder.mount};
-        item->_fileRefValid = true;
-        item->_isFolder = entry.kind == FileKind::Folder;
+    const FileAttributes& folder = folder_->ownAttributes();
+    item->_itsFileRef = {folder.identity.device, entry.number, 0, folder.mount};
+    item->_fileRefValid = true;
+    FileKind kind = entry.kind;
+    if (kind == FileKind::Unknown) {
+        const Result<FileAttributes> found = folder_->attributes(entry.name);
+        kind = found.ok() ? found.value().kind : kind;
+    }
+    if (kind == FileKind::Link || kind == FileKind::Unknown) {
+        // Until it is told where it leads: when that fails, no link is taken for the folder itself.
+        item->_isAlias = true;
+    } else {
+        item->_isFolder = kind == FileKind::Folder;
         item->_folderAliasValid = true;
     }
     return item;
