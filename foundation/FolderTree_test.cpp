@@ -333,6 +333,26 @@ TEST_P(FolderTreeTest, AnExchangeOfTheFirstFolderCostsNothingBehindALink) {
     }
 }
 
+TEST_P(FolderTreeTest, ALinkThatComesAndGoesWithEachLookIsNotGoneThrough) {
+    makeFolder("outside");
+    makeFile("outside/kept", "x");
+    makeFolder("top");
+    const auto putLink = [&] {
+        ASSERT_EQ(errorOfMove("top", "aside", Replace::No), 0);
+        makeLink("top", "outside");
+    };
+    const auto putFolder = [&] {
+        ASSERT_TRUE(files.removeFile(path("top")).isNone());
+        ASSERT_EQ(errorOfMove("aside", "top", Replace::No), 0);
+    };
+    // Looked at, looked at, opened, identified, listed; looked at and opened for the removal.
+    faulty.atCall(3, putLink);
+    faulty.atCall(6, putFolder);
+    faulty.atCall(7, putLink);
+    EXPECT_EQ(removeItem(path("top")).number(), ESTALE);
+    expectOutsideIsWhole();
+}
+
 TEST_P(FolderTreeTest, TreesDeeperThanThePathsOfTheKernelAreRemoved) {
     makeChain("top", 60, 100);
     EXPECT_TRUE(removeItem(path("top")).isNone());
