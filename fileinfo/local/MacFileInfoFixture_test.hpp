@@ -1,0 +1,74 @@
+#pragma once
+
+#include "fileinfo/SeenLog_test.hpp"
+#include "fileinfo/local/TavMacFileInfo.hpp"
+#include "platform/memory/FaultyFileSystem.hpp"
+#include "platform/memory/MemoryFileSystem.hpp"
+#include "platform/memory/MemoryUserFolders.hpp"
+#include "platform/memory/MemoryVolumes.hpp"
+#include "testing/TemporaryFolder.hpp"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace tav {
+
+/// Local items over files in memory, whose calls are counted.
+class MacFileInfoInMemory : public testing::Test {
+  protected:
+    using Item = std::shared_ptr<TavMacFileInfo>;
+    using Calls = std::vector<std::string>;
+
+    static Item at(std::string_view path) { return TavMacFileInfo::fileInfoWithPath(path); }
+
+    /// The calls that something takes.
+    template <class Action>
+    Calls callsOf(Action action) {
+        memory.clearCalls();
+        action();
+        return memory.calls();
+    }
+
+    MemoryFileSystem memory;
+    FaultyFileSystem files{memory};
+    MemoryVolumes volumes{memory};
+    MemoryUserFolders folders;
+    FileSystem::Replacement replacedFiles{files};
+    Volumes::Replacement replacedVolumes{volumes};
+    UserFolders::Replacement replacedFolders{folders};
+};
+
+/// Local items over the host's own files.
+class MacFileInfoOnDisk : public testing::Test {
+  protected:
+    using Item = std::shared_ptr<TavMacFileInfo>;
+
+    static Item at(std::string_view path) { return TavMacFileInfo::fileInfoWithPath(path); }
+    /// The item of that name in the folder.
+    [[nodiscard]] Item in(std::string_view name) const { return at(folder.path(name)); }
+    void addFile(std::string_view name, std::string_view text) const {
+        ASSERT_TRUE(
+            FileSystem::current().writeFile(folder.path(name), bytesOf(text), 0644).isNone());
+    }
+    void addFolder(std::string_view name) const {
+        ASSERT_TRUE(FileSystem::current().createFolder(folder.path(name), 0755).isNone());
+    }
+    void addLink(std::string_view name, std::string_view target) const {
+        ASSERT_TRUE(FileSystem::current().createLink(folder.path(name), target).isNone());
+    }
+    void rename(std::string_view from, std::string_view to) const {
+        ASSERT_TRUE(
+            FileSystem::current().move(folder.path(from), folder.path(to), Replace::Yes).isNone());
+    }
+    void removeFile(std::string_view name) const {
+        ASSERT_TRUE(FileSystem::current().removeFile(folder.path(name)).isNone());
+    }
+
+    TemporaryFolder folder;
+};
+
+} // namespace tav
