@@ -5,8 +5,8 @@ import json
 import sys
 
 # Counts that have to agree between the programs of a job, within that share.
-CONTROLS = {"bytes": 0, "found": 0, "nodes": 0, "processes": 0.02, "records": 0, "fields": 0}
-OWN = ["ns_per_record", "pass_us", "parse_ms", "write_ms", "valid_ns_per_name", "trans_ns_per_name"]
+CONTROLS = {"bytes": 0, "found": 0, "nodes": 0, "processes": 0.02, "records": 0, "fields": 0, "entries": 0}
+OWN = ["ns_per_record", "pass_us", "pass_ms", "parse_ms", "write_ms", "valid_ns_per_name", "trans_ns_per_name"]
 SHOWN = [*OWN, "wall_ms", "peak_rss_mb"]
 
 tables = {}
