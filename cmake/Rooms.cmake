@@ -28,11 +28,11 @@ set(TAV_BELOW_log foundation)
 set(TAV_BELOW_fileinfo log)
 set(TAV_BELOW_fileinfo/local fileinfo)
 set(TAV_BELOW_process platform)
-set(TAV_BELOW_relaunch process)
+set(TAV_BELOW_relaunch process fileinfo/local)
 set(TAV_BELOW_relaunch/sample)
 set(TAV_BELOW_testing base)
-set(TAV_BELOW_bench relaunch fileinfo/local platform/memory testing)
-set(TAV_BELOW_fuzz relaunch fileinfo/local platform/linux platform/memory)
+set(TAV_BELOW_bench relaunch platform/memory testing)
+set(TAV_BELOW_fuzz relaunch platform/linux platform/memory)
 
 # What tests may include besides what the code of their room may: the in-memory seams and the
 # helpers of the tests.

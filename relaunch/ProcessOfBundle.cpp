@@ -1,8 +1,7 @@
 #include "relaunch/ProcessOfBundle.hpp"
 
 #include "base/Unicode.hpp"
-#include "platform/FileSystem.hpp"
-#include "relaunch/PathItem.hpp"
+#include "fileinfo/local/TavMacFileInfo.hpp"
 
 #include <string>
 
@@ -10,29 +9,27 @@ namespace tav {
 namespace {
 
 /// X of X/Contents/MacOS/executable; nothing for an executable that lies elsewhere.
-std::optional<std::string> folderAroundContents(std::string_view path) {
-    const std::optional<PathItem> programs = PathItem::fileInfoWithPath(path).parentFolder();
+std::optional<std::string> folderAroundContents(TavMacFileInfo& executable) {
+    const FileInfoPtr programs = executable.parentFolder();
     if (!programs || !equalsIgnoringCase(programs->name(), "MacOS")) {
         return std::nullopt;
     }
-    const std::optional<PathItem> contents = programs->parentFolder();
+    const FileInfoPtr contents = programs->parentFolder();
     if (!contents || !equalsIgnoringCase(contents->name(), "Contents")) {
         return std::nullopt;
     }
-    const std::optional<PathItem> bundle = contents->parentFolder();
+    const FileInfoPtr bundle = contents->parentFolder();
     return bundle ? std::optional(bundle->path()) : std::nullopt;
 }
 
 /// The path of the bundle that owns an executable which exists; one question to the file system.
 std::optional<std::string> bundleFolder(const std::string& path) {
-    const Result<FileAttributes> attributes = FileSystem::current().attributes(path);
-    if (!attributes.ok()) {
-        return std::nullopt;
+    const auto executable = TavMacFileInfo::fileInfoWithPath(path);
+    // In this order, the first answer brings the second along.
+    if (executable->isFolder()) {
+        return path;
     }
-    const FileKind kind = attributes.value().kind;
-    const bool isFolder =
-        kind == FileKind::Folder || (kind == FileKind::Link && Bundle::bundleWithPath(path));
-    return isFolder ? path : folderAroundContents(path);
+    return executable->exists() ? folderAroundContents(*executable) : std::nullopt;
 }
 
 } // namespace
@@ -41,7 +38,8 @@ std::optional<Bundle> bundleForExecutablePath(std::string_view path) {
     if (std::optional<Bundle> bundle = Bundle::bundleWithPath(path)) {
         return bundle;
     }
-    const std::optional<std::string> folder = folderAroundContents(path);
+    const std::optional<std::string> folder =
+        folderAroundContents(*TavMacFileInfo::fileInfoWithPath(path));
     return folder ? Bundle::bundleWithPath(*folder) : std::nullopt;
 }
 

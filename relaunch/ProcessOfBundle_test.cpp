@@ -1,4 +1,4 @@
-#include "relaunch/PathItem.hpp"
+#include "fileinfo/local/TavMacFileInfo.hpp"
 #include "relaunch/ProcessOfBundle.hpp"
 #include "relaunch/SuiteFixture_test.hpp"
 
@@ -22,7 +22,7 @@ class ProcessOfBundleTest : public SuiteFixture {
     static std::optional<int> plainWalk(std::string_view identifier) {
         for (const ZoProcess& process : ZoProcess::allProcesses()) {
             const std::optional<std::string> path = process.executablePath();
-            if (!path || !PathItem::fileInfoWithPath(*path).exists()) {
+            if (!path || !TavMacFileInfo::fileInfoWithPath(*path)->exists()) {
                 continue;
             }
             const std::optional<Bundle> bundle = bundleForExecutablePath(*path);

@@ -3,11 +3,11 @@
 #include "base/Exception.hpp"
 #include "base/Format.hpp"
 #include "base/PropertyList.hpp"
+#include "fileinfo/local/TavMacFileInfo.hpp"
 #include "platform/Bundle.hpp"
 #include "platform/FileSystem.hpp"
 #include "platform/QuitRequests.hpp"
 #include "platform/Workspace.hpp"
-#include "relaunch/PathItem.hpp"
 #include "relaunch/ProcessOfBundle.hpp"
 
 #include <memory>
@@ -64,7 +64,7 @@ DesktopSession sessionFor(const std::optional<ZoProcess>& running) {
                    : sessions.sessionOfInstaller();
 }
 
-void launchIfExists(const std::optional<PathItem>& application, const DesktopSession& session) {
+void launchIfExists(const FileInfoPtr& application, const DesktopSession& session) {
     if (application && application->exists()) {
         static_cast<void>(Workspace::current().launchApplication(application->path(), session));
     }
@@ -96,13 +96,13 @@ void relaunchAfterInstall() {
     }
 
     const std::string& name = configuration.text("kMainAppName");
-    const std::optional<PathItem> mainApplication = PathItem::fileInfoResolveAliasesWithPath(
+    const FileInfoPtr mainApplication = TavMacFileInfo::fileInfoResolveAliasesWithPath(
         tav::format("/Applications/%@/%@.app", name, name));
-    std::optional<PathItem> backgroundApplication;
+    FileInfoPtr backgroundApplication;
     if (mainApplication) {
         backgroundApplication = mainApplication->find("Contents")
-                                    .find("SharedSupport")
-                                    .find(tav::format("%@ Background.app", name));
+                                    ->find("SharedSupport")
+                                    ->find(tav::format("%@ Background.app", name));
     }
 
     const std::string& mainIdentifier = configuration.text("kMainAppID");
