@@ -203,7 +203,7 @@ bool TavBaseFileInfo::savedFileInfoIsSimilarToSavedInfo(const Value::Dictionary*
     return false;
 }
 
-std::optional<std::string> TavBaseFileInfo::_UDID(bool /*create*/) { return std::nullopt; }
+std::optional<std::string> TavBaseFileInfo::udidCreating(bool /*create*/) { return std::nullopt; }
 
 std::optional<Data> TavBaseFileInfo::zip() { return std::nullopt; }
 

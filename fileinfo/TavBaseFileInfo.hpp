@@ -90,10 +90,10 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
                                                                 const Value::Dictionary* second);
     /// The lasting identifier of the device volume that the item is on; nothing here. Without an
     /// argument it is not made when it is missing. Only a `bool` serves as the argument.
-    [[nodiscard]] std::optional<std::string> UDID() { return _UDID(false); }
+    [[nodiscard]] std::optional<std::string> UDID() { return udidCreating(false); }
     template <std::same_as<bool> Flag>
     [[nodiscard]] std::optional<std::string> UDID(Flag create) {
-        return _UDID(create);
+        return udidCreating(create);
     }
 
     // Archives (zip)
@@ -295,7 +295,7 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
   protected:
     TavBaseFileInfo();
 
-    [[nodiscard]] virtual std::optional<std::string> _UDID(bool create);
+    [[nodiscard]] virtual std::optional<std::string> udidCreating(bool create);
     /// Bytes that a copy leaves free on the volume beyond the copied file; 0.
     [[nodiscard]] virtual std::uint64_t _freeSpaceToKeepOnVolume();
 
