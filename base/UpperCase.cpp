@@ -15,36 +15,36 @@ namespace tav {
 
 namespace {
 
-/// Where the first character whose upper case is several lies.
-constexpr UChar32 sharpS = 0xDF;
-
-void appendUpper(std::u16string& upper, UChar32 character) {
-    std::array<char16_t, U16_MAX_LENGTH> units = {};
-    std::size_t size = 0;
-    U16_APPEND_UNSAFE(units, size, u_toupper(character));
-    upper.append(units.data(), size);
+void append(std::u16string& text, UChar32 character) {
+    if (U_IS_BMP(character)) {
+        text += static_cast<char16_t>(character);
+    } else {
+        text += static_cast<char16_t>(U16_LEAD(character));
+        text += static_cast<char16_t>(U16_TRAIL(character));
+    }
 }
 
-/// A character that folds to several has the upper case of each of them, unless it is upper case
-/// itself. (Tests compare this with ICU's tables for every character.)
-void appendFullUpper(std::u16string& upper, UChar32 character) {
-    constexpr std::size_t longestFolding = 3;
-    std::array<char16_t, U16_MAX_LENGTH> units = {};
-    std::size_t size = 0;
-    U16_APPEND_UNSAFE(units, size, character);
-    std::array<char16_t, longestFolding + 1> folded = {};
+/// What a character of the basic plane folds to, each in upper case. Characters fold to three at
+/// most, which are of that plane as well.
+void appendUpperOfFolding(std::u16string& upper, char16_t character) {
+    std::array<char16_t, 4> folded = {};
     UErrorCode error = U_ZERO_ERROR;
-    const std::int32_t foldedSize =
-        u_strFoldCase(folded.data(), static_cast<std::int32_t>(folded.size()), units.data(),
-                      static_cast<std::int32_t>(size), U_FOLD_CASE_DEFAULT, &error);
-    if (U_FAILURE(error) || foldedSize <= static_cast<std::int32_t>(size) ||
-        u_charType(character) == U_UPPERCASE_LETTER) {
-        appendUpper(upper, character);
-        return;
+    const std::int32_t size = u_strFoldCase(folded.data(), static_cast<std::int32_t>(folded.size()),
+                                            &character, 1, U_FOLD_CASE_DEFAULT, &error);
+    for (std::size_t i = 0; i < std::min(static_cast<std::size_t>(size), folded.size()); ++i) {
+        append(upper, u_toupper(folded[i]));
     }
-    // Foldings to several lie in the basic plane.
-    for (std::size_t i = 0; i < static_cast<std::size_t>(foldedSize); ++i) {
-        appendUpper(upper, folded[i]);
+}
+
+/// A letter with case for which there is no single upper case may have several: those of what it
+/// folds to. (Tests compare this with ICU's tables for every character.)
+void appendUpper(std::u16string& upper, UChar32 character) {
+    const UChar32 single = u_toupper(character);
+    const std::int8_t kind = u_charType(single);
+    if ((kind == U_LOWERCASE_LETTER || kind == U_TITLECASE_LETTER) && U_IS_BMP(character)) {
+        appendUpperOfFolding(upper, static_cast<char16_t>(character));
+    } else {
+        append(upper, single);
     }
 }
 
@@ -65,11 +65,7 @@ std::string uppercaseString(std::string_view text) {
     for (std::size_t at = 0; at < units.size();) {
         UChar32 character = 0;
         U16_NEXT(units, at, units.size(), character);
-        if (character < sharpS) {
-            appendUpper(upper, character);
-        } else {
-            appendFullUpper(upper, character);
-        }
+        appendUpper(upper, character);
     }
     return bytesFromUTF16(upper);
 }
