@@ -48,7 +48,7 @@ class Writer {
         : form_(form), arguments_(arguments) {}
 
     std::string write() && {
-        out_.reserve(form_.size() + 16 * arguments_.size());
+        out_.reserve(form_.size() + lengthOfArguments());
         while (!form_.empty()) {
             const std::size_t percent = std::min(form_.find('%'), form_.size());
             append(form_.substr(0, percent));
@@ -63,6 +63,16 @@ class Writer {
     }
 
   private:
+    // About how long the arguments are as texts.
+    std::size_t lengthOfArguments() const {
+        std::size_t length = 0;
+        for (const FormatArgument& argument : arguments_) {
+            const auto* text = std::get_if<std::string_view>(&argument.content());
+            length += text == nullptr ? 16 : text->size();
+        }
+        return length;
+    }
+
     // Converts what the form begins with and answers its length.
     std::size_t convert() {
         const std::optional<FormatConversion> conversion = internal::readFormatConversion(form_);
@@ -262,6 +272,14 @@ class Writer {
 } // namespace
 
 std::string formatWithArguments(std::string_view form, std::span<const FormatArgument> arguments) {
+    if (form == "%@" && arguments.size() == 1) {
+        std::string storage;
+        const std::string_view text = internal::objectText(arguments.front(), storage);
+        if (storage.empty()) {
+            return std::string(text);
+        }
+        return storage;
+    }
     return Writer(form, arguments).write();
 }
 

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <span>
 #if defined(__SSE2__)
@@ -23,10 +24,6 @@ constexpr char hexDigits[] = "0123456789abcdef";
 /// Dictionaries of no more entries are sorted on the stack.
 constexpr std::size_t smallDictionary = 32;
 
-constexpr bool isLetterOrDigit(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 constexpr bool standsInQuotes(char c) { return c >= ' ' && c < 0x7f && c != '"' && c != '\\'; }
 
 /// For every byte whether the function holds for it.
@@ -39,33 +36,109 @@ constexpr std::array<bool, 256> tableOf() {
     return table;
 }
 
-constexpr std::array<bool, 256> lettersAndDigits = tableOf<isLetterOrDigit>();
 constexpr std::array<bool, 256> plainCharacters = tableOf<standsInQuotes>();
 
-bool standsAlone(std::string_view text) {
-    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
-        return lettersAndDigits[static_cast<unsigned char>(c)];
-    });
+#if defined(__SSE2__)
+
+constexpr unsigned allBytes = 0xffff;
+
+template <class Word>
+Word wordAt(const char* at) {
+    Word word{};
+    std::memcpy(&word, at, sizeof word);
+    return word;
 }
+
+__m128i bytesAt(const char* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
+
+/// The bytes of a text of 1 to 15, in any order and as often as it takes to make sixteen.
+__m128i bytesOfShort(std::string_view text) {
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    if (text.size() >= 8) {
+        return _mm_set_epi64x(wordAt<std::int64_t>(begin), wordAt<std::int64_t>(end - 8));
+    }
+    if (text.size() >= 4) {
+        const auto first = wordAt<std::int32_t>(begin);
+        const auto last = wordAt<std::int32_t>(end - 4);
+        return _mm_set_epi32(first, last, first, last);
+    }
+    const char middle = begin[text.size() / 2];
+    const char last = end[-1];
+    return _mm_unpacklo_epi8(_mm_set1_epi8(*begin),
+                             _mm_unpacklo_epi8(_mm_set1_epi8(middle), _mm_set1_epi8(last)));
+}
+
+/// The bytes that stand in quotes as they are.
+__m128i plainAmong(__m128i bytes) {
+    // Signed: bytes from 0x80 on are below every control character.
+    const __m128i plain = _mm_cmpgt_epi8(bytes, _mm_set1_epi8(0x1f));
+    const __m128i special = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(0x7f)),
+                                         _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')),
+                                                      _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'))));
+    return _mm_andnot_si128(special, plain);
+}
+
+/// The bytes that are at least the first of a range and less than so many behind it.
+__m128i inRange(__m128i bytes, char first, char count) {
+    const __m128i offset = _mm_sub_epi8(bytes, _mm_set1_epi8(first));
+    return _mm_cmpeq_epi8(_mm_min_epu8(offset, _mm_set1_epi8(static_cast<char>(count - 1))),
+                          offset);
+}
+
+__m128i lettersAndDigitsAmong(__m128i bytes) {
+    const __m128i lowercase = _mm_or_si128(bytes, _mm_set1_epi8('a' - 'A'));
+    return _mm_or_si128(inRange(lowercase, 'a', 26), inRange(bytes, '0', 10));
+}
+
+Quoting quotingOfCharacters(std::string_view text) {
+    const bool isShort = text.size() < 16;
+    const __m128i last = isShort ? bytesOfShort(text) : bytesAt(text.data() + text.size() - 16);
+    __m128i plain = plainAmong(last);
+    __m128i lettersAndDigits = lettersAndDigitsAmong(last);
+    for (std::size_t at = 0; !isShort && text.size() - at > 16; at += 16) {
+        const __m128i bytes = bytesAt(text.data() + at);
+        plain = _mm_and_si128(plain, plainAmong(bytes));
+        lettersAndDigits = _mm_and_si128(lettersAndDigits, lettersAndDigitsAmong(bytes));
+    }
+    if (static_cast<unsigned>(_mm_movemask_epi8(lettersAndDigits)) == allBytes) {
+        return Quoting::Bare;
+    }
+    return static_cast<unsigned>(_mm_movemask_epi8(plain)) == allBytes ? Quoting::Quoted
+                                                                       : Quoting::Escaped;
+}
+
+#else
+
+constexpr bool isLetterOrDigit(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+constexpr std::array<bool, 256> lettersAndDigits = tableOf<isLetterOrDigit>();
+
+template <const std::array<bool, 256>& table>
+bool areAll(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return table[static_cast<unsigned char>(c)]; });
+}
+
+Quoting quotingOfCharacters(std::string_view text) {
+    if (areAll<lettersAndDigits>(text)) {
+        return Quoting::Bare;
+    }
+    return areAll<plainCharacters>(text) ? Quoting::Quoted : Quoting::Escaped;
+}
+
+#endif
 
 /// How many characters at the beginning stand in quotes as they are.
 std::size_t plainLength(std::string_view text) {
     std::size_t at = 0;
 #if defined(__SSE2__)
-    const __m128i lastControl = _mm_set1_epi8(0x1f);
-    const __m128i deletion = _mm_set1_epi8(0x7f);
-    const __m128i quote = _mm_set1_epi8('"');
-    const __m128i backslash = _mm_set1_epi8('\\');
     for (; text.size() - at >= 16; at += 16) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
-        // Signed: bytes from 0x80 on are below every control character.
-        const __m128i plain = _mm_cmpgt_epi8(bytes, lastControl);
-        const __m128i special = _mm_or_si128(
-            _mm_cmpeq_epi8(bytes, deletion),
-            _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash)));
         const auto mask =
-            static_cast<unsigned>(_mm_movemask_epi8(_mm_andnot_si128(special, plain)));
-        if (mask != 0xffff) {
+            static_cast<unsigned>(_mm_movemask_epi8(plainAmong(bytesAt(text.data() + at))));
+        if (mask != allBytes) {
             return at + static_cast<std::size_t>(std::countr_one(mask));
         }
     }
@@ -201,12 +274,22 @@ void appendValue(std::string& out, const Value& value, std::size_t level) {
 
 } // namespace
 
+Quoting quotingOf(std::string_view text) {
+    return text.empty() ? Quoting::Quoted : quotingOfCharacters(text);
+}
+
 void appendText(std::string& out, std::string_view text) {
-    if (standsAlone(text)) {
+    const Quoting quoting = quotingOf(text);
+    if (quoting == Quoting::Bare) {
         out += text;
         return;
     }
     out += '"';
+    if (quoting == Quoting::Quoted) {
+        out += text;
+        out += '"';
+        return;
+    }
     while (!text.empty()) {
         const std::size_t plain = plainLength(text);
         out += text.substr(0, plain);

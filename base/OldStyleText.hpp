@@ -4,6 +4,7 @@
 #include "base/PropertyList.hpp"
 #include "base/Value.hpp"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,14 @@ namespace tav::OldStyleText {
 
 /// The same at the end of another text.
 void append(std::string& out, const Value& value);
+/// How a text stands in the form.
+enum class Quoting : std::uint8_t {
+    Bare,    ///< As it is.
+    Quoted,  ///< As it is, between two quotes.
+    Escaped, ///< Between quotes, some of its characters as others.
+};
+[[nodiscard]] Quoting quotingOf(std::string_view text);
+
 /// What stands for a text, or for bytes, by itself.
 void appendText(std::string& out, std::string_view text);
 void appendBytes(std::string& out, BytesView bytes);

@@ -64,6 +64,44 @@ TEST(OldStyleTextAppend, ManyTexts) {
     }
 }
 
+OldStyleText::Quoting slowQuoting(std::string_view text) {
+    const std::string slow = slowText(text);
+    if (slow == text) {
+        return OldStyleText::Quoting::Bare;
+    }
+    const bool isAsItIs = slow.substr(1, slow.size() - 2) == text;
+    return isAsItIs ? OldStyleText::Quoting::Quoted : OldStyleText::Quoting::Escaped;
+}
+
+TEST(OldStyleTextAppend, EveryByteIsSeenAtEveryPlace) {
+    EXPECT_EQ(OldStyleText::quotingOf({}), OldStyleText::Quoting::Quoted);
+    std::array<std::array<OldStyleText::Quoting, 256>, 2> expected = {};
+    const std::string_view fillings = "a ";
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+        for (std::size_t i = 0; i < fillings.size(); ++i) {
+            const std::string text = {fillings[i], static_cast<char>(byte)};
+            expected.at(i).at(byte) = slowQuoting(text);
+        }
+    }
+    for (std::size_t i = 0; i < fillings.size(); ++i) {
+        for (std::size_t length = 2; length < 50; ++length) {
+            std::string text(length, fillings[i]);
+            for (std::size_t at = 0; at < length; ++at) {
+                for (std::size_t byte = 0; byte < 256; ++byte) {
+                    text[at] = static_cast<char>(byte);
+                    ASSERT_EQ(OldStyleText::quotingOf(text), expected.at(i).at(byte))
+                        << length << " " << at << " " << byte;
+                }
+                text[at] = fillings[i];
+            }
+        }
+    }
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+        const std::string text(1, static_cast<char>(byte));
+        EXPECT_EQ(OldStyleText::quotingOf(text), slowQuoting(text)) << byte;
+    }
+}
+
 TEST(OldStyleTextAppend, NumbersReadAsTheirDescriptionsDo) {
     const Value numbers[] = {0,
                              -1,
