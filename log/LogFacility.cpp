@@ -65,28 +65,32 @@ class DateText {
   public:
     explicit DateText(const LocalTime& time) {
         if (time.year < 0 || time.year > 9999) {
-            text_ = format("%04d", time.year);
+            for (const char c : format("%04d", time.year)) {
+                append(c);
+            }
         } else {
             append(time.year / 100);
             append(time.year % 100);
         }
         append(time.month);
         append(time.day);
-        text_ += 'T';
+        append('T');
         append(time.hour);
         append(time.minute);
         append(time.second);
     }
 
-    [[nodiscard]] std::string_view text() const { return text_; }
+    [[nodiscard]] std::string_view text() const { return {text_.data(), size_}; }
 
   private:
+    void append(char c) { text_[size_++] = c; }
     void append(int twoDigits) {
-        text_ += static_cast<char>('0' + twoDigits / 10);
-        text_ += static_cast<char>('0' + twoDigits % 10);
+        append(static_cast<char>('0' + twoDigits / 10));
+        append(static_cast<char>('0' + twoDigits % 10));
     }
 
-    std::string text_; // short enough to need no memory of its own
+    std::array<char, 24> text_ = {}; // the most that a year may take is 11
+    std::size_t size_ = 0;
 };
 
 std::string_view textOrEmpty(const char* text) { return text == nullptr ? "" : text; }

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace tav {
@@ -20,9 +21,27 @@ namespace {
 constexpr std::size_t initialCapacity = 10000;
 constexpr std::uint32_t permissionsOfNewFiles = 0700; // as those of every file handle that creates
 constexpr std::size_t blockSize = 65536;
+/// A log that fills so many blocks gets the next ones on large pages: to have a page of the usual
+/// size for every eleven records costs a tenth of each.
+constexpr std::size_t mostSmallBlocks = 16;
+constexpr std::size_t largeBlockSize = std::size_t{4} << 20;
 /// A packet buffer that grew larger is not kept.
 constexpr std::size_t largestPacketKept = std::size_t{1} << 20;
 constexpr std::size_t largestPayload = std::numeric_limits<std::uint32_t>::max();
+
+/// A copy at the beginning of some memory.
+std::string_view copyTo(std::span<std::byte> memory, std::string_view text) {
+    std::memcpy(memory.data(), text.data(), text.size());
+    return textOf(memory.first(text.size()));
+}
+
+LargeBuffer newBlock(std::size_t size) {
+    std::optional<LargeBuffer> block = LargeBuffer::withSize(size);
+    if (!block) {
+        throw std::bad_alloc();
+    }
+    return std::move(*block);
+}
 
 } // namespace
 
@@ -247,20 +266,18 @@ std::string_view LogFile::keep(std::string_view packet) {
     if (packet.size() > room_) {
         // A large packet gets a block of its own, in front of the one that still has room.
         const bool isLarge = packet.size() > blockSize / 4;
-        auto block = std::make_unique_for_overwrite<char[]>(isLarge ? packet.size() : blockSize);
         if (isLarge) {
-            std::memcpy(block.get(), packet.data(), packet.size());
-            const std::string_view kept(block.get(), packet.size());
+            LargeBuffer block = newBlock(packet.size());
+            const std::span<std::byte> bytes = block.bytes();
             blocks_.insert(blocks_.empty() ? blocks_.end() : blocks_.end() - 1, std::move(block));
-            return kept;
+            return copyTo(bytes, packet);
         }
-        blocks_.push_back(std::move(block));
-        room_ = blockSize;
+        blocks_.push_back(newBlock(blocks_.size() < mostSmallBlocks ? blockSize : largeBlockSize));
+        room_ = blocks_.back().bytes().size();
     }
-    char* at = blocks_.back().get() + (blockSize - room_);
-    std::memcpy(at, packet.data(), packet.size());
+    const std::span<std::byte> free = blocks_.back().bytes().last(room_);
     room_ -= packet.size();
-    return {at, packet.size()};
+    return copyTo(free, packet);
 }
 
 bool LogFile::isReadyToAppend() {

@@ -116,11 +116,11 @@ class LogFile {
     std::optional<std::uint64_t> sizeWithoutTerminator_;
     char missingTerminator_ = '\n';
 
-    std::string packet_;  ///< The packet that is being made, behind room for its head.
-    LargeBuffer content_; ///< What was read.
-    std::string image_;   ///< What was written last as a whole.
-    std::vector<std::unique_ptr<char[]>> blocks_; ///< What was added since.
-    std::size_t room_ = 0; ///< Bytes that are free at the end of the last block.
+    std::string packet_;              ///< The packet that is being made, behind room for its head.
+    LargeBuffer content_;             ///< What was read.
+    std::string image_;               ///< What was written last as a whole.
+    std::vector<LargeBuffer> blocks_; ///< What was added since.
+    std::size_t room_ = 0;            ///< Bytes that are free at the end of the last block.
 };
 
 } // namespace tav

@@ -48,7 +48,7 @@ std::shared_ptr<LogHandler> LogHandler::withDelegateAndPath(std::weak_ptr<LogDel
 
 LogHandler::LogHandler(std::weak_ptr<LogDelegate> delegate, std::string_view path)
     : mLock(std::make_unique<TimedRecursiveLock>()), mDelegate(std::move(delegate)),
-      mLogFile(std::make_unique<LogFile>(path)) {}
+      mayHaveDelegate_(!mDelegate.expired()), mLogFile(std::make_unique<LogFile>(path)) {}
 
 LogHandler::~LogHandler() {
     if (lockWithTimeout()) {
@@ -77,6 +77,9 @@ std::string LogHandler::defaultPath() {
 }
 
 std::shared_ptr<LogDelegate> LogHandler::delegate() const {
+    if (!mayHaveDelegate_) {
+        return nullptr;
+    }
     const std::lock_guard lock(delegateMutex_);
     return mDelegate.lock();
 }
@@ -84,6 +87,7 @@ std::shared_ptr<LogDelegate> LogHandler::delegate() const {
 void LogHandler::setDelegate(std::weak_ptr<LogDelegate> delegate) {
     const std::lock_guard lock(delegateMutex_);
     mDelegate.swap(delegate);
+    mayHaveDelegate_ = !mDelegate.expired();
 }
 
 bool LogHandler::lockWithTimeout() { return mLock->lock(lockTimeout); }

@@ -93,6 +93,7 @@ class LogHandler : public std::enable_shared_from_this<LogHandler> {
     std::unique_ptr<TimedRecursiveLock> mLock;
     mutable std::mutex delegateMutex_;
     std::weak_ptr<LogDelegate> mDelegate;
+    std::atomic<bool> mayHaveDelegate_; ///< Spares those who log the mutex.
     std::unique_ptr<LogFile> mLogFile;
     std::atomic<bool> mWarningAndErrorFlag = false;
     std::atomic<bool> hasLeftRole_ = false; ///< `LogDInit` has taken it out.

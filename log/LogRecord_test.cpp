@@ -2,6 +2,7 @@
 #include "base/PropertyList.hpp"
 #include "log/LogRecord.hpp"
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -90,6 +91,31 @@ TEST(LogRecord, TheTextIsThatOfTheDictionaryAndComesBackAsIt) {
         for (const auto& [key, value] : again) {
             ASSERT_EQ(value.type(), record.find(key)->type()) << key;
         }
+    }
+}
+
+TEST(LogRecord, OneTextThatHasToBeEscapedChangesNothingAboutTheOthers) {
+    const std::string longText(3000, 'x');
+    const Data data = dataFromText("abcdefgh");
+    for (int escaped = -1; escaped < 7; ++escaped) {
+        std::array<std::string, 7> texts = {longText, "two words", "a", "b c", "", "d", "2009"};
+        if (escaped >= 0) {
+            texts.at(static_cast<std::size_t>(escaped)) += "\"";
+        }
+        const Value second = texts[6];
+        const LogFields fields{.type = -5,
+                               .message = texts[0],
+                               .message2 = &second,
+                               .sourceFile = texts[1],
+                               .sourceLine = 2147483647,
+                               .function = texts[2],
+                               .module = texts[3],
+                               .extra = texts[4],
+                               .data = &data,
+                               .date = texts[5]};
+        std::string text = "before";
+        appendRecordText(text, fields);
+        EXPECT_EQ(text, "before" + OldStyleText::write(recordOf(fields))) << escaped;
     }
 }
 
