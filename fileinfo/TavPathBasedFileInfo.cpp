@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::string_view pathKey = "TavPathBasedFileInfo_path";
 
-/// The components of a path as the walks over them see it: one trailing slash does not count.
+/// The components of a path on a way: one trailing slash does not count, that of "/" neither.
 std::vector<std::string> componentsOf(std::string_view path) {
-    if (path.size() > 1 && path.ends_with('/')) {
+    if (path.ends_with('/')) {
         path.remove_suffix(1);
     }
     return tav::pathComponents(path);
@@ -62,7 +62,10 @@ std::string TavPathBasedFileInfo::nameWithoutExtension() {
     return stringByDeletingPathExtension(lastPathComponent(_itsPath));
 }
 
-std::vector<std::string> TavPathBasedFileInfo::pathComponents() { return componentsOf(path()); }
+std::vector<std::string> TavPathBasedFileInfo::pathComponents() {
+    const std::string own = path();
+    return own == "/" ? tav::pathComponents(own) : componentsOf(own);
+}
 
 FileInfoPtr TavPathBasedFileInfo::parentFolder() {
     return TavPathBasedFileInfo::fileInfoWithPath(stringByDeletingLastPathComponent(_itsPath));

@@ -135,6 +135,24 @@ TEST(PathItem, ContainsAsksForTheBeginningOfThePathOnly) {
     EXPECT_FALSE(folder->contains(nullptr));
 }
 
+TEST(PathItem, ContainsComparesUpperCasedPaths) {
+    // One letter may become two, and one of these may be all that the folder's path ends with.
+    EXPECT_TRUE(item("/STRASSE", true)->contains(item("/stra\u00dfe/a", false).get()));
+    EXPECT_TRUE(item("/stra\u00dfe", true)->contains(item("/STRASSE/a", false).get()));
+    EXPECT_TRUE(item("/s", true)->contains(item("/\u00df", false).get()));
+    EXPECT_FALSE(item("/\u00df", true)->contains(item("/s", false).get()));
+    EXPECT_TRUE(item("", true)->contains(item("/a", false).get()));
+}
+
+TEST(PathItem, TheVolumeIsTakenAwayByItsOwnLength) {
+    // The paths are compared upper-cased, but as many characters go as the volume's path has.
+    EXPECT_EQ(item("/STRASSE/a", true, "/stra\u00dfe")->volumeRelativeStandardPath(), "E/a");
+    EXPECT_EQ(item("/stra\u00dfe/ab", true, "/STRASSE")->volumeRelativeStandardPath(), "ab");
+    EXPECT_EQ(item("/\u00df", true, "/SS")->volumeRelativeStandardPath(), "");
+    // A character beyond the first 65536 has two units in both.
+    EXPECT_EQ(item("/\U00010428/a", true, "/\U00010400")->volumeRelativeStandardPath(), "a");
+}
+
 TEST(PathItem, ThePathInsideAVolumeHasNoSlashAtItsEnds) {
     EXPECT_EQ(item("/a/b/", true, "/")->volumeRelativeStandardPath(), "a/b");
     EXPECT_EQ(item("/Volumes/CARD", true, "/Volumes/CARD")->volumeRelativeStandardPath(), "");
@@ -153,6 +171,13 @@ TEST(PathItem, TheWayStartsInTheFolderOfAFile) {
     EXPECT_EQ(item("/x/a/f.txt", false)->relativePathTo(item("/x/a/g", false).get()), "g");
     EXPECT_EQ(item("/x/a/", true)->relativePathTo(item("/x", true).get()), "..");
     EXPECT_EQ(item("/x", true)->relativePathTo(item("/X", true).get()), "");
+}
+
+TEST(PathItem, TheRootHasNoComponentsOnAWay) {
+    // It is all slash, which goes as that at the end of any other path does.
+    EXPECT_EQ(item("/", true)->relativePathTo(item("/x/y", false).get()), "/x/y");
+    EXPECT_EQ(item("/x", true)->relativePathTo(item("/", true).get()), "../..");
+    EXPECT_EQ(item("/", true)->relativePathTo(item("/", true).get()), "");
 }
 
 TEST(PathItem, ALongerNameBesideTheFolderNeedsNoWayUp) {
