@@ -72,6 +72,65 @@ TEST(ArchivedItems, ThePathComesBackWithoutARefreshWhateverItsBytes) {
     EXPECT_EQ(throughArchive(FakeFileInfo::fileInfoWithPath(""))->path(), "");
 }
 
+/// What an item encodes, under the archive's top-level keys, as the archive has it.
+struct TopLevel {
+    explicit TopLevel(const FileInfoPtr& item) {
+        KeyedArchiver archiver;
+        item->encodeWithCoder(archiver);
+        bytes = archiver.finishEncoding();
+        list = PropertyList::read(bytes, nullptr).value();
+    }
+    /// In the order of their characters.
+    [[nodiscard]] std::vector<std::string> keys() const {
+        std::vector<std::string> names;
+        for (const auto& [key, value] : *list.asDictionary()->find("$top")->asDictionary()) {
+            names.push_back(key);
+        }
+        std::ranges::sort(names);
+        return names;
+    }
+    Data bytes;
+    Value list;
+};
+
+TEST(ArchivedItems, EncodeOnlyWhatTheyKnow) {
+    EXPECT_EQ(TopLevel(DatedFileInfo::at("/a")).keys(),
+              (std::vector<std::string>{"TavPathBasedFileInfo_path", "_creationDate", "_fileSize",
+                                        "_isFile", "_modificationDate"}));
+    const TopLevel folder(FakeFileInfo::folder("/a"));
+    EXPECT_EQ(folder.keys(), (std::vector<std::string>{"TavPathBasedFileInfo_path", "_isFile"}));
+    EXPECT_EQ(TopLevel(TavBaseFileInfo::fileInfo()).keys(), std::vector<std::string>{"_isFile"});
+}
+
+TEST(ArchivedItems, SayWhetherTheyAreFilesByABooleanNumber) {
+    const TopLevel file(DatedFileInfo::at("/a"));
+    const std::optional<Value> isFile = KeyedUnarchiver(file.bytes).decodeValue("_isFile");
+    ASSERT_TRUE(isFile);
+    EXPECT_EQ(isFile->type(), Value::Type::Boolean);
+    EXPECT_TRUE(isFile->boolValue());
+    EXPECT_EQ(KeyedUnarchiver(file.bytes).decodeValue("_fileSize"), Value(std::uint64_t{0}));
+    const TopLevel folder(FakeFileInfo::folder("/a"));
+    EXPECT_EQ(KeyedUnarchiver(folder.bytes).decodeValue("_isFile"), Value(false));
+    // The numbers are objects of their own, not part of the item's record.
+    const Value::Dictionary& top = *file.list.asDictionary()->find("$top")->asDictionary();
+    EXPECT_EQ(top.find("_isFile")->type(), Value::Type::UID);
+    EXPECT_EQ(top.find("_fileSize")->type(), Value::Type::UID);
+}
+
+TEST(ArchivedItems, AreFilledFromAnArchiveWithoutARefresh) {
+    const TopLevel archive(DatedFileInfo::at("/a"));
+    const auto item = FakeFileInfo::folder("/b");
+    const int refreshes = item->facts.refreshes;
+    KeyedUnarchiver coder(archive.bytes);
+    item->initWithCoder(coder);
+    EXPECT_EQ(item->path(), "/a");
+    EXPECT_EQ(item->facts.refreshes, refreshes);
+    EXPECT_TRUE(item->isFolder());
+    EXPECT_EQ(item->oldCreationDate(), Date(100));
+    EXPECT_EQ(item->oldModificationDate(), Date(200.5));
+    EXPECT_EQ(item->oldFileSize(), 0U);
+}
+
 TEST(ArchivedItems, WindowsItemsAreThemselves) {
     const FileInfoPtr back = throughArchive(TavWindowsPathBasedFileInfo::fileInfoWithPath("E:\\a"));
     EXPECT_EQ(back->className(), "TavWindowsPathBasedFileInfo");

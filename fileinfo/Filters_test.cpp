@@ -3,6 +3,7 @@
 #include "fileinfo/KindFilters.hpp"
 #include "fileinfo/ListingFilters.hpp"
 #include "fileinfo/NameFilters.hpp"
+#include "fileinfo/SeenLog_test.hpp"
 #include "fileinfo/TavFileExtensionsFilter.hpp"
 #include "platform/memory/MemoryUserFolders.hpp"
 
@@ -164,6 +165,13 @@ TEST_F(NestedFolders, EverythingElseIsLetIn) {
     EXPECT_TRUE(includes(filter_, folder("/home/user/Music/a")));
 }
 
+TEST_F(NestedFolders, TheRootOfAllHasTwoSlashes) {
+    // A slash is appended to both paths, so that only an alias to the root itself is kept out.
+    BaseFilterNestedFolders root("/");
+    EXPECT_FALSE(includes(root, aliasTo(folder("/"))));
+    EXPECT_TRUE(includes(root, aliasTo(folder("/home"))));
+}
+
 TEST(FindItemFilter, ComparesWithOrWithoutCase) {
     bool stop = false;
     internal::FindItemFilter loose("a.TXT", true, false);
@@ -239,7 +247,9 @@ TEST(DeepListing, AStopInsideAFolderEndsThatFolderOnly) {
 }
 
 TEST(DeepListing, WithoutAnArrayNothingIsAppended) {
+    SeenLog log;
     internal::GoDeepFilter filter(nullptr, nullptr);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"__GoDeepFilter: inArray is nil!"});
     bool stop = false;
     EXPECT_TRUE(filter.includeItem(*smallTree(), &stop));
 }

@@ -126,6 +126,27 @@ TEST(WindowsItem, TheWayStartsAtTheItemItselfAlsoForAFile) {
               "");
 }
 
+TEST(WindowsItem, ADriveIsNoComponentOfAWay) {
+    // Its backslash goes as that of any folder does, and without it "E:" is a name.
+    EXPECT_EQ(FakeWindowsFileInfo::folder("E:\\")->relativePathTo(item("E:\\x").get()), "E:\\x");
+    EXPECT_EQ(FakeWindowsFileInfo::folder("E:\\x")->relativePathTo(item("E:\\").get()),
+              "..\\..\\E:");
+}
+
+TEST(WindowsItem, PathsWithoutADriveAreOnOneVolume) {
+    EXPECT_EQ(FakeWindowsFileInfo::folder("a")->relativePathTo(item("b").get()), "..\\b");
+    EXPECT_EQ(item("a")->parentFolder()->path(), "");
+    EXPECT_EQ(item("\\a\\")->pathComponents(), (std::vector<std::string>{"", "/", "a"}));
+    EXPECT_EQ(item("E:\\\\")->pathComponents(), std::vector<std::string>{"E:\\"});
+}
+
+TEST(WindowsItem, TheExtensionOfADriveIsLookedForInItsName) {
+    EXPECT_EQ(item("E:\\")->extension(), "");
+    EXPECT_EQ(item("E:\\")->nameWithoutExtension(), "E:");
+    EXPECT_EQ(item("E:\\a.b\\c")->extension(), "");
+    EXPECT_EQ(item("E:\\a.b\\c")->nameWithoutExtension(), "c");
+}
+
 TEST(WindowsItem, ThereIsNoWayToAnotherVolumeOrAnotherKindOfItem) {
     const auto folder = FakeWindowsFileInfo::folder("E:\\x");
     EXPECT_EQ(folder->relativePathTo(item("F:\\x\\y").get()), "F:\\x\\y");
