@@ -53,8 +53,7 @@ void LogFile::close() {
     mDictionaries = {};
     path_.clear();
     firstOfRun_ = 0;
-    remains_.reset();
-    sizeWithoutTerminator_.reset();
+    forgetEnd();
     content_ = {};
     keepOnly({});
 }
@@ -86,8 +85,7 @@ void LogFile::parseFile() {
     mRawData.clear();
     mDictionaries.clear();
     firstOfRun_ = 0;
-    remains_.reset();
-    sizeWithoutTerminator_.reset();
+    forgetEnd();
     const auto attributes = mFileHandle->attributes();
     if (!attributes.ok()) {
         return;
@@ -137,8 +135,13 @@ void LogFile::saveToFile(OpenFile* file) {
         return;
     }
     const std::string image = buildFileImage();
-    if (!file->setPosition(0).isNone() || !file->setSize(0).isNone() ||
-        file->write(bytesOf(image)).isNone()) {
+    if (!file->setPosition(0).isNone() || !file->setSize(0).isNone()) {
+        return;
+    }
+    if (file == mFileHandle.get()) {
+        forgetEnd();
+    }
+    if (file->write(bytesOf(image)).isNone()) {
         return;
     }
     // Of what could be written whole packets stay.
@@ -164,8 +167,7 @@ SystemError LogFile::saveToPath(std::string_view path) {
             const SystemError error = replaced.error();
             if (error.isNone()) {
                 mFileHandle = std::move(replaced).value();
-                remains_.reset();
-                sizeWithoutTerminator_.reset();
+                forgetEnd();
             }
             return error;
         }
@@ -188,6 +190,7 @@ bool LogFile::replaceFile(std::string_view image) {
         return false;
     }
     mFileHandle = std::move(replaced).value();
+    forgetEnd();
     return true;
 }
 
@@ -201,12 +204,8 @@ void LogFile::trimLines(std::size_t keep) {
     mDictionaries.erase(mDictionaries.begin(), mDictionaries.begin() + count);
     firstOfRun_ -= std::min(firstOfRun_, removed);
     std::string image = buildFileImage();
-    if (mFileHandle) {
-        remains_.reset();
-        sizeWithoutTerminator_.reset();
-        if (!replaceFile(image)) {
-            saveToFile(mFileHandle.get());
-        }
+    if (mFileHandle && !replaceFile(image)) {
+        saveToFile(mFileHandle.get());
     }
     keepOnly(std::move(image));
 }
@@ -278,6 +277,12 @@ std::string_view LogFile::keep(std::string_view packet) {
     const std::span<std::byte> free = blocks_.back().bytes().last(room_);
     room_ -= packet.size();
     return copyTo(free, packet);
+}
+
+/// The end of the file is that of a packet again.
+void LogFile::forgetEnd() {
+    remains_.reset();
+    sizeWithoutTerminator_.reset();
 }
 
 bool LogFile::isReadyToAppend() {

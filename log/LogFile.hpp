@@ -99,6 +99,7 @@ class LogFile {
 
     static std::optional<Remains> appendPacket(OpenFile& file, std::string_view packet);
     static bool cut(OpenFile& file, const Remains& remains);
+    void forgetEnd();
     bool isReadyToAppend();
     void addPacket(RecordPtr record);
     std::string_view keep(std::string_view packet);

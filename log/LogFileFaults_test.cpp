@@ -156,6 +156,24 @@ TEST_F(LogFileFaults, WhatCannotBeCutBackIsCutBeforeTheNextAppend) {
                                   "record number 6"}));
 }
 
+TEST_F(LogFileFaults, ARewriteThatDoesNotBeginLeavesTheEndToBeCut) {
+    prepare();
+    const FileSystem::Replacement replacement(files);
+    LogFile log("/logs/log");
+    files.restartCount();
+    files.shortWriteCall(1, 10);
+    files.failOperation("OpenFile.setSize", EIO);
+    add(log, 3);
+    // Somebody has moved the file away: it can only be rewritten in place, and that fails.
+    ASSERT_TRUE(memory.move("/logs/log", "/logs/moved", Replace::No).isNone());
+    log.trimLines(2);
+    files.failOperation("OpenFile.setSize", 0);
+    add(log, 4);
+    LogFile moved("/logs/moved");
+    EXPECT_EQ(messagesOf(moved), (Messages{"record number 0", "record number 1", "record number 2",
+                                           "record number 4"}));
+}
+
 TEST_F(LogFileFaults, WhatSomebodyElseAppendedBehindAShortWriteStays) {
     prepare();
     const FileSystem::Replacement replacement(files);

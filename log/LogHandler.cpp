@@ -157,7 +157,7 @@ void LogHandler::logWithFields(const LogFields& fields) {
     add([&](LogFile& file) { file.addFields(fields); });
 }
 
-// Queued, never delivered from here: the lock is held..
+// Queued, never delivered from here: the lock is held.
 void LogHandler::post(Notification notification) {
     const std::shared_ptr<LogDelegate> responder = delegate();
     if (!responder || !((*responder).*notification)) {
