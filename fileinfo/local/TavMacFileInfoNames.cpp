@@ -70,9 +70,15 @@ std::string displayName(std::string_view path, bool hidesExtension) {
     return hidesExtension ? stringByDeletingPathExtension(name) : std::string(name);
 }
 
+/// Of a link never: the attribute is that of what it leads to.
 bool hidesExtensionAt(const std::string& path) {
-    return !pathExtension(path).empty() &&
-           FileSystem::current().extendedAttribute(path, internal::hideExtensionAttribute).ok();
+    if (pathExtension(path).empty()) {
+        return false;
+    }
+    const Result<FileAttributes> file = FileSystem::current().attributes(path);
+    return file.ok() &&
+           internal::ownExtendedAttribute(file.value(), path, internal::hideExtensionAttribute)
+               .has_value();
 }
 
 } // namespace

@@ -97,6 +97,19 @@ TEST_F(MacFileInfoNamesTest, AHiddenExtensionIsNotShown) {
     EXPECT_EQ(at("/home/user/d.app")->humanFriendlyName(), "d.app");
 }
 
+TEST_F(MacFileInfoNamesTest, ALinkShowsItsExtensionWhateverItLeadsToHides) {
+    memory.addFile("/d/f.txt", "");
+    memory.addLink("/d/l.txt", "f.txt");
+    at("/d/f.txt")->setHideExtension(true);
+    EXPECT_EQ(at("/d/l.txt")->humanFriendlyName(), "l.txt");
+    EXPECT_EQ(at("/d/l.txt")->humanFriendlyPath(), "/d/l.txt");
+    EXPECT_EQ(at("/d/f.txt")->humanFriendlyPath(), "/d/f");
+}
+
+TEST_F(MacFileInfoNamesTest, ATildeAnywhereInAPathIsShownAsTheHomeFolder) {
+    EXPECT_EQ(at("/a/~/b")->humanFriendlyPath(), "~/b"); // this is meant
+}
+
 TEST_F(MacFileInfoNamesTest, KindsIconsAndPackagesAreTheDesktops) {
     kinds.kinds["/a.jpg"] = "JPEG-Bild";
     kinds.iconOfFile["/a.jpg"] = std::make_shared<Image>();
