@@ -42,8 +42,7 @@ TavMacFileInfo::fileInfoResolveAliasesWithPath(std::string_view path) {
         item = item ? item->find(component, false) : fileInfoWithPath(component);
         const FileInfoPtr resolved = item->resolvedFileInfo();
         item = std::dynamic_pointer_cast<TavMacFileInfo>(resolved);
-        // A link of which it cannot be told where it leads, in circles say, leads to nothing.
-        if (!item || !item->exists() || !item->_cacheInfoAllowingPrompts(false)) {
+        if (!item || !item->exists()) {
             return nullptr;
         }
     }

@@ -44,7 +44,8 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
 
     /// A leading tilde is expanded; links are not resolved. The file need not exist.
     [[nodiscard]] static std::shared_ptr<TavMacFileInfo> fileInfoWithPath(std::string_view path);
-    /// Follows an alias at every component; null as soon as one of them does not exist.
+    /// Follows an alias at every component; null as soon as one of them does not exist. A link at
+    /// the end of which it cannot be told where it leads, in circles say, stands for itself.
     [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
     fileInfoResolveAliasesWithPath(std::string_view path);
     /// With the empty path.
