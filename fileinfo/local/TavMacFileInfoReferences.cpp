@@ -143,7 +143,12 @@ bool TavMacFileInfo::_followFile() {
 
 Result<FileAttributes> TavMacFileInfo::_ownAttributes() {
     if (_listingFolder != nullptr) {
-        return _listingFolder->attributes(lastPathComponent(_itsPath));
+        Result<FileAttributes> listed = _listingFolder->attributes(lastPathComponent(_itsPath));
+        if (_fileRefValid && listed.ok()) {
+            // Enters the time of birth, too.
+            static_cast<void>(internal::isSameFile(_itsFileRef, listed.value()));
+        }
+        return listed;
     }
     Result<FileAttributes> found = FileSystem::current().attributes(_itsPath);
     if (_fileRefValid && !(found.ok() && internal::isSameFile(_itsFileRef, found.value())) &&

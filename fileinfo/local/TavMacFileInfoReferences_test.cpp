@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include <pthread.h>
+
 namespace tav {
 namespace {
 
@@ -178,6 +180,30 @@ TEST_F(ReferencesTest, AnItemThatWasNeverAskedKnowsNoFileToFollow) {
     EXPECT_FALSE(item->exists());
 }
 
+TEST_F(ReferencesTest, AnItemMadeByAUrlKnowsItsFileAtOnce) {
+    memory.addFile("/d/old", "");
+    const std::optional<Url> url = TavMacFileInfo::urlFromPath("/d/old");
+    const Item item = TavMacFileInfo::fileInfoWithURL(&*url);
+    ASSERT_TRUE(memory.move("/d/old", "/d/new", Replace::No).isNone());
+    EXPECT_EQ(item->path(), "/d/new");
+}
+
+TEST_F(ReferencesTest, TheReferenceThatAFilterIsGivenIsWhole) {
+    class Filter final : public TavBaseFileInfoFilter {
+      public:
+        bool includeItem(TavBaseFileInfo& item, bool* /*stopAccumulating*/) override {
+            TavMacFileInfo* const local = asMacFileInfo(&item);
+            EXPECT_EQ(local->fileRef(&reference), Status::Success);
+            return true;
+        }
+        FileRef reference;
+    };
+    memory.addFile("/d/f", "");
+    Filter filter;
+    ASSERT_EQ(at("/d")->folderContentsWithFilter(&filter).size(), 1U);
+    EXPECT_EQ(filter.reference, TavMacFileInfo::fileRefFromPath("/d/f"));
+}
+
 TEST_F(ReferencesTest, AFileThatWasReplacedLeavesThePath) {
     memory.addFile("/d/f", "1");
     memory.addFile("/d/g", "1234");
@@ -249,6 +275,32 @@ TEST_F(ReferencesOnDiskTest, NamesThatAreNoUtf8) {
     EXPECT_TRUE(item->remove());
 }
 
+/// Asked on a stack that has no room for a call a folder.
+std::uint64_t sizeOnASmallStack(TavMacFileInfo& item) {
+    struct Question {
+        TavMacFileInfo* item;
+        std::uint64_t answer;
+    } question{&item, 0};
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, std::size_t{192} << 10U);
+    pthread_t thread{};
+    const int error = pthread_create(
+        &thread, &attributes,
+        [](void* asked) -> void* {
+            auto* const it = static_cast<Question*>(asked);
+            it->answer = it->item->size();
+            return nullptr;
+        },
+        &question);
+    EXPECT_EQ(error, 0);
+    if (error == 0) {
+        pthread_join(thread, nullptr);
+    }
+    pthread_attr_destroy(&attributes);
+    return question.answer;
+}
+
 TEST_F(ReferencesOnDiskTest, TwoThousandNestedFolders) {
     const Item top = in("deep");
     std::string path = folder.path("deep");
@@ -266,6 +318,7 @@ TEST_F(ReferencesOnDiskTest, TwoThousandNestedFolders) {
     EXPECT_EQ(TavMacFileInfo::pathFromFileRef(TavMacFileInfo::fileRefFromPath(path)), path);
     ASSERT_TRUE(FileSystem::current().writeFile(path + "/f", bytesOf("1"), 0644).isNone());
     EXPECT_EQ(deepest->find("f")->size(), 1U);
+    EXPECT_EQ(sizeOnASmallStack(*top), 1U);
     EXPECT_TRUE(top->remove());
     EXPECT_FALSE(top->exists());
 }

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <utility>
 
 namespace tav {
 
@@ -82,7 +84,21 @@ std::uint64_t TavMacFileInfo::size() {
         // 32 bits of it, so that sizes of 4 GiB and more wrap, as told.
         return _cacheAttributes() ? static_cast<std::uint32_t>(_attrs->file.size) : 0;
     }
-    return TavPathBasedFileInfo::size();
+    // The sum of the sizes in the folder, one folder after another: folders may nest to any depth.
+    std::uint64_t sum = 0;
+    FileInfoArray pending = folderContents();
+    while (!pending.empty()) {
+        const FileInfoPtr item = std::move(pending.back());
+        pending.pop_back();
+        TavMacFileInfo* const folder = asMacFileInfo(item.get());
+        if (folder != nullptr && folder->isFolder() && !folder->isAlias() && !folder->isVolume()) {
+            FileInfoArray inside = folder->folderContents();
+            std::ranges::move(inside, std::back_inserter(pending));
+        } else {
+            sum += item->size();
+        }
+    }
+    return sum;
 }
 
 std::uint64_t TavMacFileInfo::freeSpaceOnVolume() {
