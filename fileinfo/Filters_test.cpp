@@ -239,6 +239,12 @@ class StopAt final : public TavBaseFileInfoFilter {
     std::string name_;
 };
 
+TEST(DeepListing, AFolderThatTheListingStopsAtIsNotSearched) {
+    StopAt stop("f");
+    EXPECT_EQ(namesOf(smallTree()->folderContentsDeepWithFilter(&stop)),
+              (std::vector<std::string>{"1", "f"}));
+}
+
 TEST(DeepListing, AStopInsideAFolderEndsThatFolderOnly) {
     // The inner listing has a flag of its own; only the level that the filter stopped ends at once.
     StopAt stop("2");

@@ -167,6 +167,24 @@ TEST(BaseItem, AFileWorksInItsFolder) {
     EXPECT_EQ(copy, folder->facts.children.front());
 }
 
+/// A file as its back-end remembers it, which is gone.
+class GoneFileInfo : public ToldFileInfo {
+  public:
+    static FileInfoPtr made() { return internal::allocateItem<GoneFileInfo>(); }
+    bool exists() override { return false; }
+    bool isFile() override { return true; }
+
+  protected:
+    GoneFileInfo() = default;
+};
+
+TEST(NamedCopyOfAFile, AsksWhetherItExistsAndNotOnlyForItsKind) {
+    const auto folder = FakeFileInfo::folder("/x");
+    FileInfoPtr copy = folder;
+    EXPECT_EQ(GoneFileInfo::made()->copyTo(folder.get(), "a", &copy), Status::BadParameter);
+    EXPECT_EQ(copy, folder);
+}
+
 TEST(Listing, TheRootPathIsThatOfWhatAnAliasLeadsTo) {
     MemoryUserFolders folders;
     const UserFolders::Replacement replacement(folders);

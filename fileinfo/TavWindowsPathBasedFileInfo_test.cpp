@@ -152,6 +152,10 @@ TEST(WindowsItem, ThereIsNoWayToAnotherVolumeOrAnotherKindOfItem) {
     EXPECT_EQ(folder->relativePathTo(item("F:\\x\\y").get()), "F:\\x\\y");
     EXPECT_EQ(folder->relativePathTo(TavPathBasedFileInfo::fileInfoWithPath("E:\\x\\y").get()),
               "E:\\x\\y");
+    // Not even when the other one is on a volume of that name.
+    const auto plain = FakeFileInfo::fileInfoWithPath("E:\\x\\y");
+    plain->facts.volume = item("E:\\");
+    EXPECT_EQ(folder->relativePathTo(plain.get()), "E:\\x\\y");
     EXPECT_EQ(folder->relativePathTo(nullptr), std::nullopt);
 }
 
