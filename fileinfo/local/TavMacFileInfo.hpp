@@ -92,6 +92,21 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     [[nodiscard]] static std::optional<FileInfoArray>
     promisedFilesOnPasteboard(const Pasteboard& pasteboard, DragInfo& dragInfo);
 
+    // Panels, in which a person chooses one thing; null when nothing is chosen. They wait for the
+    // person. A link that is chosen answers what it leads to. A nil prompt or title is the panel's
+    // own; nil and the empty path leave the place to begin at to the panel.
+
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    chooseFolderWithPrompt(OptionalText prompt, OptionalText title, OptionalText startFolderPath);
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    chooseFileWithPrompt(OptionalText prompt, OptionalText title, OptionalText startFolderPath);
+    /// Without a title.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    chooseFolderWithPrompt(OptionalText prompt, OptionalText startFolderPath);
+    /// Without a title. The item may be null.
+    [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
+    chooseFolderWithPromptStartFolder(OptionalText prompt, TavBaseFileInfo* startFolder);
+
     // Between paths, URLs and references
 
     /// Nothing for nil, otherwise a file URL.
