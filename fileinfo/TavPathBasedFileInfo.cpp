@@ -22,6 +22,16 @@ std::vector<std::string> componentsOf(std::string_view path) {
     return tav::pathComponents(path);
 }
 
+/// Whether the upper-cased text begins with the upper-cased prefix, by units of UTF-16: a byte that
+/// is no UTF-8 is not the beginning of a letter.
+bool beginsIgnoringCase(std::string_view text, std::string_view prefix) {
+    const std::string whole = uppercaseString(text);
+    const std::string beginning = uppercaseString(prefix);
+    return whole.starts_with(beginning) &&
+           utf16Length(beginning) + utf16Length(std::string_view(whole).substr(beginning.size())) ==
+               utf16Length(whole);
+}
+
 /// The text behind so many units of UTF-16.
 std::string withoutFirstUnits(std::string_view text, std::size_t count) {
     if (isASCII(text)) {
@@ -88,8 +98,7 @@ bool TavPathBasedFileInfo::isEqualTo(TavBaseFileInfo* other) {
 }
 
 bool TavPathBasedFileInfo::contains(TavBaseFileInfo* other) {
-    return isFolder() && other != nullptr &&
-           uppercaseString(other->path()).starts_with(uppercaseString(path()));
+    return isFolder() && other != nullptr && beginsIgnoringCase(other->path(), path());
 }
 
 std::optional<std::string> TavPathBasedFileInfo::volumeRelativeStandardPath() {
@@ -99,7 +108,7 @@ std::optional<std::string> TavPathBasedFileInfo::volumeRelativeStandardPath() {
         return own;
     }
     const std::string rootPath = root->path();
-    if (!uppercaseString(own).starts_with(uppercaseString(rootPath))) {
+    if (!beginsIgnoringCase(own, rootPath)) {
         return own;
     }
     std::string rest = withoutFirstUnits(own, utf16Length(rootPath));

@@ -144,6 +144,13 @@ TEST(PathItem, ContainsComparesUpperCasedPaths) {
     EXPECT_TRUE(item("", true)->contains(item("/a", false).get()));
 }
 
+TEST(PathItem, AByteThatIsNoUTF8BeginsNoLetter) {
+    EXPECT_FALSE(item("/a\xc3", true)->contains(item("/a\u00e9/b", false).get()));
+    EXPECT_TRUE(item("/a\xc3", true)->contains(item("/A\xc3/b", false).get()));
+    EXPECT_EQ(item("/a\u00e9", true, "/a\xc3")->volumeRelativeStandardPath(), "/a\u00e9");
+    EXPECT_EQ(item("/a\xc3/b", true, "/a\xc3")->volumeRelativeStandardPath(), "b");
+}
+
 TEST(PathItem, TheVolumeIsTakenAwayByItsOwnLength) {
     // The paths are compared upper-cased, but as many characters go as the volume's path has.
     EXPECT_EQ(item("/STRASSE/a", true, "/stra\u00dfe")->volumeRelativeStandardPath(), "E/a");
