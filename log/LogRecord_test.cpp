@@ -4,6 +4,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -69,10 +70,10 @@ TEST(LogRecord, TheTextIsThatOfTheDictionaryAndComesBackAsIt) {
             fields.message = textOfBit(0);
         }
         fields.message2 = (mask & 2) != 0 ? &second : nullptr;
-        fields.sourceFile = (mask & 4) != 0 ? textOfBit(2) : "";
+        fields.sourceFile = (mask & 4) != 0 ? std::string_view(textOfBit(2)) : "";
         fields.sourceLine = (mask & 8) != 0 ? 77 : 0;
-        fields.function = (mask & 16) != 0 ? textOfBit(3) : "";
-        fields.module = (mask & 32) != 0 ? textOfBit(4) : "";
+        fields.function = (mask & 16) != 0 ? std::string_view(textOfBit(3)) : "";
+        fields.module = (mask & 32) != 0 ? std::string_view(textOfBit(4)) : "";
         if ((mask & 64) != 0) {
             fields.extra = textOfBit(5);
         }
