@@ -263,6 +263,13 @@ TEST_F(LogFacilityTest, StoredValuesWinAndEarlierChangesBecomeDefaults) {
     EXPECT_EQ(preferences.stored().size(), 3U);
 }
 
+TEST_F(LogFacilityTest, AStoredSwitchOfTheRecordsWins) {
+    ASSERT_TRUE(preferences.setValue("LogRecords", true).isNone());
+    init();
+    EXPECT_TRUE(LogIsRecordsEnabled());
+    EXPECT_FALSE(LogIsPacketsEnabled());
+}
+
 TEST_F(LogFacilityTest, AllAndVerbose) {
     LogEnableAll();
     EXPECT_TRUE(LogIsVerbose());
