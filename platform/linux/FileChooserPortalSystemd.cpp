@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include <unistd.h>
 
@@ -48,7 +49,7 @@ class PortalPanel {
         if (!predictPath() || !listen(deadline)) {
             return {};
         }
-        ::sd_bus_error error = SD_BUS_ERROR_NULL;
+        ::sd_bus_error error{};
         BusMessage reply;
         BusMessage call;
         int answer = build(request, call);

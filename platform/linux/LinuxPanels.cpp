@@ -5,6 +5,7 @@
 #include "base/WellFormedUTF8.hpp"
 #include "platform/linux/Descriptor.hpp"
 
+#include <cerrno>
 #include <csignal>
 #include <string_view>
 #include <vector>
@@ -87,6 +88,7 @@ std::optional<std::string> outputOf(std::vector<std::string> arguments) {
     Descriptor reading(ends[0]);
     Descriptor writing(ends[1]);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }
