@@ -142,6 +142,10 @@ SystemError removeListedTree(const FolderTree& tree) {
 }
 
 SystemError removeItem(std::string_view path) {
+    // A slash behind a link would stand for what the link leads to.
+    while (path.size() > 1 && path.ends_with('/')) {
+        path.remove_suffix(1);
+    }
     const auto there = FileSystem::current().attributes(path);
     if (!there.ok()) {
         return there.error();

@@ -170,6 +170,15 @@ TEST_P(FolderTreeTest, RemovesAFolderWithEverythingInItButWhatLinksLeadTo) {
     expectOutsideIsWhole();
 }
 
+TEST_P(FolderTreeTest, ASlashBehindALinkStillMeansTheLink) {
+    makeFolder("target");
+    makeFile("target/kept");
+    makeLink("link", "target");
+    EXPECT_TRUE(removeItem(path("link//")).isNone());
+    EXPECT_FALSE(stands("link"));
+    EXPECT_TRUE(stands("target/kept"));
+}
+
 TEST_P(FolderTreeTest, RemovesFilesAndLinksThemselves) {
     makeFolder("outside");
     makeFile("outside/kept", "x");
