@@ -8,6 +8,9 @@ namespace {
 
 class MetadataFolder : public FileManagerTest {
   protected:
+    /// The process table keeps /proc open from the first question on.
+    static void SetUpTestSuite() { static_cast<void>(Bundle::mainBundle()); }
+
     void SetUp() override {
         folders.cachesFolder = path("caches");
         folders.temporaryFolder = path("temporary");
