@@ -163,7 +163,7 @@ SystemError LogFile::saveToPath(std::string_view path) {
         const auto ours = mFileHandle->attributes();
         // Ours would be nobody's file then: it goes on in the new one.
         if (there.ok() && ours.ok() && there.value().identity == ours.value().identity) {
-            auto replaced = replaceFileAtomically(path, bytesOf(image));
+            auto replaced = replaceFileAtomically(path, bytesOf(image), Surviving::LossOfPower);
             const SystemError error = replaced.error();
             if (error.isNone()) {
                 mFileHandle = std::move(replaced).value();
@@ -185,7 +185,9 @@ bool LogFile::replaceFile(std::string_view image) {
     if (!there.ok() || !ours.ok() || there.value().identity != ours.value().identity) {
         return false;
     }
-    auto replaced = replaceFileAtomically(path_, bytesOf(image));
+    // A record is on its way to the kernel when it is logged, and not waited for until it is on the
+    // medium; no more is promised of those that a trim keeps.
+    auto replaced = replaceFileAtomically(path_, bytesOf(image), Surviving::EndOfProcess);
     if (!replaced.ok()) {
         return false;
     }

@@ -144,13 +144,14 @@ class Sibling {
         return error;
     }
 
-    /// Everything until the content is complete on the medium.
-    SystemError fill(BytesView content, std::optional<std::uint32_t> permissions) {
+    /// Everything until the content is complete, on the medium where it has to survive.
+    SystemError fill(BytesView content, std::optional<std::uint32_t> permissions,
+                     Surviving surviving) {
         SystemError error = file_->write(content);
         if (error.isNone() && permissions) {
             error = files_.setPermissions(path_, *permissions);
         }
-        return error.isNone() ? file_->sync() : error;
+        return error.isNone() && surviving == Surviving::LossOfPower ? file_->sync() : error;
     }
 
     SystemError close() { return file_->close(); }
@@ -181,7 +182,7 @@ struct Replaced {
 };
 
 Result<Replaced> replace(std::string_view path, BytesView content, std::uint32_t permissions,
-                         Afterwards afterwards) {
+                         Surviving surviving, Afterwards afterwards) {
     FileSystem& files = FileSystem::current();
     const auto found = destinationOf(files, path);
     if (!found.ok()) {
@@ -192,7 +193,7 @@ Result<Replaced> replace(std::string_view path, BytesView content, std::uint32_t
     SystemError error =
         sibling.create(destination, destination.permissions ? permissionsMeanwhile : permissions);
     if (error.isNone()) {
-        error = sibling.fill(content, destination.permissions);
+        error = sibling.fill(content, destination.permissions, surviving);
     }
     if (error.isNone() && afterwards == Afterwards::Close) {
         error = sibling.close();
@@ -203,7 +204,9 @@ Result<Replaced> replace(std::string_view path, BytesView content, std::uint32_t
     if (!error.isNone()) {
         return error;
     }
-    error = files.syncFolder(destination.folder);
+    if (surviving == Surviving::LossOfPower) {
+        error = files.syncFolder(destination.folder);
+    }
     return Replaced{sibling.takeFile(), cannotSync(error) ? SystemError() : error};
 }
 
@@ -211,13 +214,15 @@ Result<Replaced> replace(std::string_view path, BytesView content, std::uint32_t
 
 SystemError writeFileAtomically(std::string_view path, BytesView content,
                                 std::uint32_t permissions) {
-    const auto replaced = replace(path, content, permissions, Afterwards::Close);
+    const auto replaced =
+        replace(path, content, permissions, Surviving::LossOfPower, Afterwards::Close);
     return replaced.ok() ? replaced.value().syncOfFolder : replaced.error();
 }
 
 Result<std::unique_ptr<OpenFile>> replaceFileAtomically(std::string_view path, BytesView content,
+                                                        Surviving surviving,
                                                         std::uint32_t permissions) {
-    auto replaced = replace(path, content, permissions, Afterwards::StayOpen);
+    auto replaced = replace(path, content, permissions, surviving, Afterwards::StayOpen);
     if (!replaced.ok()) {
         return replaced.error();
     }

@@ -30,9 +30,14 @@ class OpenFile;
 SystemError writeFileAtomically(std::string_view path, BytesView content,
                                 std::uint32_t permissions = 0666);
 
+/// What a file that is put in place has to come through: the end of the process at any moment, or
+/// that of the machine, too, for which it has to be waited until everything is on the medium.
+enum class Surviving : bool { EndOfProcess, LossOfPower };
+
 /// The same, and answers the new file, open for reading and appending: for whoever holds the old
 /// one open and goes on with the new. The file is answered, too, when the folder cannot be synced.
 [[nodiscard]] Result<std::unique_ptr<OpenFile>>
-replaceFileAtomically(std::string_view path, BytesView content, std::uint32_t permissions = 0666);
+replaceFileAtomically(std::string_view path, BytesView content, Surviving surviving,
+                      std::uint32_t permissions = 0666);
 
 } // namespace tav

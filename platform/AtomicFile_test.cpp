@@ -454,7 +454,7 @@ TEST_F(AtomicFileWithFaults, ATakenNameIsTriedAgainButNotForever) {
 
 TEST_F(AtomicFileWithFaults, TheNewFileStaysOpenForReadingAndAppending) {
     memory.addFile("/f", "old");
-    const auto file = replaceFileAtomically("/f", bytesOf(fresh));
+    const auto file = replaceFileAtomically("/f", bytesOf(fresh), Surviving::LossOfPower);
     ASSERT_TRUE(file.ok());
     ASSERT_TRUE(file.value()->setPosition(0).isNone());
     ASSERT_TRUE(file.value()->write(bytesOf(" and more")).isNone());
@@ -465,11 +465,20 @@ TEST_F(AtomicFileWithFaults, TheNewFileStaysOpenForReadingAndAppending) {
 
     // The last step undoes nothing.
     files.failOperation("syncFolder", EIO);
-    EXPECT_TRUE(replaceFileAtomically("/f", bytesOf("again")).ok());
+    EXPECT_TRUE(replaceFileAtomically("/f", bytesOf("again"), Surviving::LossOfPower).ok());
     EXPECT_EQ(contentOf(memory, "/f"), "again");
     files.failOperation("OpenFile.sync", EIO);
-    EXPECT_EQ(replaceFileAtomically("/f", bytesOf("never")).error(), SystemError(EIO));
+    EXPECT_EQ(replaceFileAtomically("/f", bytesOf("never"), Surviving::LossOfPower).error(),
+              SystemError(EIO));
     EXPECT_EQ(contentOf(memory, "/f"), "again");
+}
+
+TEST_F(AtomicFileWithFaults, WhatNeedNotSurviveALossOfPowerIsNotWaitedFor) {
+    memory.addFile("/f", "old");
+    files.failOperation("syncFolder", EIO);
+    files.failOperation("OpenFile.sync", EIO);
+    EXPECT_TRUE(replaceFileAtomically("/f", bytesOf(fresh), Surviving::EndOfProcess).ok());
+    EXPECT_EQ(contentOf(memory, "/f"), fresh);
 }
 
 TEST_F(AtomicFileWithFaults, WhereCaseDoesNotMatterTheFileIsReplacedToo) {
