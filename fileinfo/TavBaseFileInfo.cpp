@@ -159,7 +159,7 @@ std::uint64_t TavBaseFileInfo::size() {
 }
 
 std::uint32_t TavBaseFileInfo::resolvedSize() {
-    return static_cast<std::uint32_t>(size()); // the high half goes, as told
+    return static_cast<std::uint32_t>(size()); // the high half goes, on purpose
 }
 
 std::optional<Date> TavBaseFileInfo::modificationDate() { return std::nullopt; }

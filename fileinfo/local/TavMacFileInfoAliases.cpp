@@ -89,7 +89,7 @@ FileInfoPtr TavMacFileInfo::resolvedFileInfo() {
 }
 
 std::uint32_t TavMacFileInfo::resolvedSize() {
-    return static_cast<std::uint32_t>(resolvedFileInfo()->size()); // the high half goes, as told
+    return static_cast<std::uint32_t>(resolvedFileInfo()->size()); // the high half goes, on purpose
 }
 
 bool TavMacFileInfo::resolveAlias() { return resolveAliasAllowingPrompts(false); }

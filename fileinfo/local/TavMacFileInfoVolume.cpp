@@ -81,7 +81,7 @@ std::uint64_t TavMacFileInfo::size() {
         return info.ok() ? info.value().totalBytes : 0;
     }
     if (isFile()) {
-        // 32 bits of it, so that sizes of 4 GiB and more wrap, as told.
+        // 32 bits of it: sizes of 4 GiB and more wrap, and callers know them so.
         return _cacheAttributes() ? static_cast<std::uint32_t>(_attrs->file.size) : 0;
     }
     // The sum of the sizes in the folder, one folder after another: folders may nest to any depth.

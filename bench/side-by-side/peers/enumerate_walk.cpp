@@ -34,12 +34,14 @@ static void walk(int folder) {
             matched += hit;
             if (mode == "eager" || (mode == "lazy" && hit)) {
                 struct statx found;
-                if (!statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_TYPE | STATX_SIZE, &found)) {
+                if (!statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
+                           STATX_TYPE | STATX_SIZE, &found)) {
                     bytes += found.stx_size;
                 }
             }
             if (entry->d_type == DT_DIR) {
-                const int inner = openat(folder, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
+                const int inner =
+                    openat(folder, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
                 if (inner >= 0) {
                     walk(inner);
                     close(inner);

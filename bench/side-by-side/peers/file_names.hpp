@@ -1,6 +1,7 @@
 // The names of ../../FileNames.hpp once more, as a program outside the project has them.
 #pragma once
 #include "measure.hpp"
+
 #include <string_view>
 
 struct FileNames {
@@ -17,9 +18,13 @@ struct FileNames {
     }
 
     explicit FileNames(int count = 1000000) {
-        static const char* stems[] = {"IMG", "Holiday Photos", "Track", "Meeting notes", "Beethoven - Symphony", "backup", "My Document", "clip"};
-        static const char* odd[] = {"a:b?", "50/50", "what?*", "<draft>", "say \"hi\"", "x|y\\z", "tab\there", "C:\\Temp"};
-        static const char* wide[] = {"Café", "Музыка", "音乐", "naïve", "Übung", "😀 smile", "Dvořák", "日本"};
+        static const char* stems[] = {
+            "IMG",    "Holiday Photos", "Track", "Meeting notes", "Beethoven - Symphony",
+            "backup", "My Document",    "clip"};
+        static const char* odd[] = {"a:b?",       "50/50",  "what?*",    "<draft>",
+                                    "say \"hi\"", "x|y\\z", "tab\there", "C:\\Temp"};
+        static const char* wide[] = {"Café",  "Музыка",  "音乐",   "naïve",
+                                     "Übung", "😀 smile", "Dvořák", "日本"};
         std::vector<size_t> starts;
         char name[160];
         for (int number = 0; number < count; number++) {
@@ -48,11 +53,13 @@ struct FileNames {
     // One operation for each name; answers nanoseconds for each, the median of `repeats`.
     template <class Operation>
     double nanoseconds(int repeats, Operation operation) const {
-        return median_of(repeats, [&] {
-            for (std::string_view name : names) {
-                const std::string made = operation(name);
-                keep(made);
-            }
-        }) * 1e9 / double(names.size());
+        return median_of(repeats,
+                         [&] {
+                             for (std::string_view name : names) {
+                                 const std::string made = operation(name);
+                                 keep(made);
+                             }
+                         }) *
+               1e9 / double(names.size());
     }
 };

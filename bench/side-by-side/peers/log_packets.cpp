@@ -5,20 +5,27 @@
 //   fields      the same, and every key and value as a piece of those bytes
 #include "log_record.hpp"
 
-#include <fcntl.h>
 #include <string_view>
+
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-static char* put(char* p, std::string_view text) { memcpy(p, text.data(), text.size()); return p + text.size(); }
+static char* put(char* p, std::string_view text) {
+    memcpy(p, text.data(), text.size());
+    return p + text.size();
+}
 
 static char* value(char* p, const std::string& text) {
     bool bare = !text.empty();
-    for (unsigned char c : text) bare = bare && isalnum(c);
-    if (bare) return put(p, text);
+    for (unsigned char c : text)
+        bare = bare && isalnum(c);
+    if (bare)
+        return put(p, text);
     *p++ = '"';
     for (char c : text) {
-        if (c == '"' || c == '\\') *p++ = '\\';
+        if (c == '"' || c == '\\')
+            *p++ = '\\';
         *p++ = c;
     }
     *p++ = '"';
@@ -30,7 +37,8 @@ static size_t packet(char* out, const Record& r) {
     char* const body = out + 16;
     char* p = put(body, "{\n    data = <");
     for (int k = 0; k < 8; k++) {
-        if (k == 4) *p++ = ' ';
+        if (k == 4)
+            *p++ = ' ';
         *p++ = hex[r.data[k] >> 4];
         *p++ = hex[r.data[k] & 15];
     }
@@ -60,8 +68,10 @@ int main(int argc, char** argv) {
         size_t size = packet(buffer.data(), records[0]);
         const double begin = now();
         for (long i = 0; i < count; i++) {
-            if (task == "format") size = packet(buffer.data(), records[size_t(i) % records.size()]);
-            if (write(file, buffer.data(), size) != ssize_t(size)) return 3;
+            if (task == "format")
+                size = packet(buffer.data(), records[size_t(i) % records.size()]);
+            if (write(file, buffer.data(), size) != ssize_t(size))
+                return 3;
         }
         result("ns_per_record", (now() - begin) * 1e9 / double(count));
         return 0;
@@ -74,7 +84,8 @@ int main(int argc, char** argv) {
     char* bytes = (char*)malloc(size + 64);
     for (size_t got = 0; got < size;) {
         const ssize_t n = read(file, bytes + got, size - got);
-        if (n <= 0) return 3;
+        if (n <= 0)
+            return 3;
         got += size_t(n);
     }
     bytes[size] = 0;
@@ -82,28 +93,36 @@ int main(int argc, char** argv) {
     long fields = 0;
     for (size_t at = 0; at < size;) {
         char* digits = bytes + at;
-        while (digits < bytes + size && !isdigit((unsigned char)*digits)) digits++;
+        while (digits < bytes + size && !isdigit((unsigned char)*digits))
+            digits++;
         char* end;
         const size_t length = strtoul(digits, &end, 10);
-        if (*end == ' ') end++;
+        if (*end == ' ')
+            end++;
         const size_t begin = size_t(end - bytes);
-        if (length < 1 || begin + length > size) break;
+        if (length < 1 || begin + length > size)
+            break;
         payloads.emplace_back(end, length);
         at = begin + length + 1;
-        if (task != "fields") continue;
+        if (task != "fields")
+            continue;
         const char *p = end + 1, *last = end + length;
         pieces.clear();
         while (p < last) {
-            while (p < last && (unsigned char)*p <= ' ') p++;
-            if (p >= last || *p == '}') break;
+            while (p < last && (unsigned char)*p <= ' ')
+                p++;
+            if (p >= last || *p == '}')
+                break;
             const char* key = p;
-            while (*p != ' ') p++;
+            while (*p != ' ')
+                p++;
             pieces.emplace_back(key, p - key);
             p += 3;
             const char* text = p;
             if (*p == '"') {
                 for (p++; *p != '"'; p++)
-                    if (*p == '\\') p++;
+                    if (*p == '\\')
+                        p++;
                 p++;
             } else {
                 p = (const char*)memchr(p, ';', size_t(last - p));
@@ -116,5 +135,6 @@ int main(int argc, char** argv) {
     }
     result("ns_per_record", (now() - begin) * 1e9 / double(payloads.size()));
     result("records", double(payloads.size()));
-    if (fields) result("fields", double(fields));
+    if (fields)
+        result("fields", double(fields));
 }

@@ -13,8 +13,9 @@ int main(int, char** argv) {
     const double begin = now();
     for (long i = 0; i < count; i++) {
         const Record& r = records[size_t(i) % records.size()];
-        log->info("type={} message=\"{}\" message2=\"{}\" sourceFile={} sourceLine={} function={} module={} extra=\"{}\"", r.type,
-                  r.message, r.message2, r.file, r.line, r.function, r.module, r.extra);
+        log->info("type={} message=\"{}\" message2=\"{}\" sourceFile={} sourceLine={} function={} "
+                  "module={} extra=\"{}\"",
+                  r.type, r.message, r.message2, r.file, r.line, r.function, r.module, r.extra);
     }
     result("ns_per_record", (now() - begin) * 1e9 / double(count));
 }

@@ -1,5 +1,6 @@
 // strings_icu set|expression: names made valid with ICU's sets or its regular expressions.
 #include "file_names.hpp"
+
 #include <unicode/regex.h>
 #include <unicode/uniset.h>
 #include <unicode/unistr.h>
@@ -12,7 +13,8 @@ int main(int, char** argv) {
         icu::UnicodeSet set(u"[\\\\/\\:*?\"<>|\\u0001-\\u001F]", error);
         set.freeze();
         each = names.nanoseconds(3, [&](std::string_view name) {
-            icu::UnicodeString text = icu::UnicodeString::fromUTF8(icu::StringPiece(name.data(), int(name.size())));
+            icu::UnicodeString text =
+                icu::UnicodeString::fromUTF8(icu::StringPiece(name.data(), int(name.size())));
             for (int i = 0; i < text.length(); i++) {
                 if (set.contains(text.charAt(i))) {
                     text.setCharAt(i, u'_');
@@ -28,7 +30,8 @@ int main(int, char** argv) {
     } else {
         icu::RegexMatcher expression(u"[\\\\/:*?\"<>|\\u0001-\\u001F]|[. ]$", 0, error);
         each = names.nanoseconds(3, [&](std::string_view name) {
-            const icu::UnicodeString text = icu::UnicodeString::fromUTF8(icu::StringPiece(name.data(), int(name.size())));
+            const icu::UnicodeString text =
+                icu::UnicodeString::fromUTF8(icu::StringPiece(name.data(), int(name.size())));
             expression.reset(text);
             std::string made;
             return expression.replaceAll(u"_", error).toUTF8String(made);

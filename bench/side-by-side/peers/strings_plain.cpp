@@ -55,7 +55,8 @@ static std::string transcoded(std::string_view name) {
 int main(int, char** argv) {
     const FileNames names;
     if (std::string_view(argv[1]) == "copy") {
-        const double each = names.nanoseconds(5, [](std::string_view name) { return std::string(name); });
+        const double each =
+            names.nanoseconds(5, [](std::string_view name) { return std::string(name); });
         result("valid_ns_per_name", each);
         result("trans_ns_per_name", each);
         return 0;
