@@ -25,6 +25,7 @@ constexpr std::size_t blockSize = 65536;
 /// size for every eleven records costs a tenth of each.
 constexpr std::size_t mostSmallBlocks = 16;
 constexpr std::size_t largeBlockSize = std::size_t{4} << 20;
+constexpr std::size_t mostSpareBlocks = 4;
 /// A packet buffer that grew larger is not kept.
 constexpr std::size_t largestPacketKept = std::size_t{1} << 20;
 constexpr std::size_t largestPayload = std::numeric_limits<std::uint32_t>::max();
@@ -56,6 +57,7 @@ void LogFile::close() {
     forgetEnd();
     content_ = {};
     keepOnly({});
+    spareBlocks_.clear();
 }
 
 void LogFile::createOpenReadFile(std::string_view path) {
@@ -222,6 +224,12 @@ void LogFile::keepOnly(std::string image) {
         at += packet;
     }
     content_ = {};
+    // The records to come need as much memory again, and pages had anew cost each of them.
+    for (LargeBuffer& block : blocks_) {
+        if (block.bytes().size() == largeBlockSize && spareBlocks_.size() < mostSpareBlocks) {
+            spareBlocks_.push_back(std::move(block));
+        }
+    }
     blocks_.clear();
     room_ = 0;
 }
@@ -273,7 +281,13 @@ std::string_view LogFile::keep(std::string_view packet) {
             blocks_.insert(blocks_.empty() ? blocks_.end() : blocks_.end() - 1, std::move(block));
             return copyTo(bytes, packet);
         }
-        blocks_.push_back(newBlock(blocks_.size() < mostSmallBlocks ? blockSize : largeBlockSize));
+        if (spareBlocks_.empty()) {
+            blocks_.push_back(
+                newBlock(blocks_.size() < mostSmallBlocks ? blockSize : largeBlockSize));
+        } else {
+            blocks_.push_back(std::move(spareBlocks_.back()));
+            spareBlocks_.pop_back();
+        }
         room_ = blocks_.back().bytes().size();
     }
     const std::span<std::byte> free = blocks_.back().bytes().last(room_);

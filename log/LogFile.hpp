@@ -121,7 +121,8 @@ class LogFile {
     LargeBuffer content_;             ///< What was read.
     std::string image_;               ///< What was written last as a whole.
     std::vector<LargeBuffer> blocks_; ///< What was added since.
-    std::size_t room_ = 0;            ///< Bytes that are free at the end of the last block.
+    std::vector<LargeBuffer> spareBlocks_; ///< Of records that are gone.
+    std::size_t room_ = 0;                 ///< Bytes that are free at the end of the last block.
 };
 
 } // namespace tav
