@@ -65,7 +65,7 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     fileInfoWithFileRef(const FileRef* reference);
     [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
     fileInfoResolveAliasesWithFileRef(const FileRef* reference);
-    /// Takes the path that the specification leads to; the empty one for null and for none.
+    /// Takes the path that a folder and a name lead to; the empty one for null and for none.
     [[nodiscard]] static std::shared_ptr<TavMacFileInfo> withFileSpec(const FileSpec* specification,
                                                                       bool resolveAliases);
     [[nodiscard]] static std::shared_ptr<TavMacFileInfo>
