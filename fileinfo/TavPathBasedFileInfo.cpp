@@ -5,6 +5,7 @@
 #include "base/PathString.hpp"
 #include "base/Unicode.hpp"
 #include "fileinfo/ItemAllocation.hpp"
+#include "fileinfo/PathWay.hpp"
 
 #include <algorithm>
 
@@ -134,21 +135,7 @@ std::optional<std::string> TavPathBasedFileInfo::relativePathTo(TavBaseFileInfo*
                                                        : parent   ? parent->path()
                                                                   : std::string());
     const std::vector<std::string> theirs = componentsOf(other->path());
-
-    const auto [endOfMine, endOfTheirs] =
-        std::ranges::mismatch(mine, theirs, [](const std::string& a, const std::string& b) {
-            return equalsIgnoringCase(a, b);
-        });
-    std::string way;
-    if (!contains(other)) {
-        for (auto left = endOfMine; left != mine.end(); ++left) {
-            way = stringByAppendingPathComponent(way, "..");
-        }
-    }
-    for (auto next = endOfTheirs; next != theirs.end(); ++next) {
-        way = stringByAppendingPathComponent(way, *next);
-    }
-    return way;
+    return internal::wayBetween(mine, theirs, !contains(other), stringByAppendingPathComponent);
 }
 
 void TavPathBasedFileInfo::encodeWithCoder(KeyedArchiver& coder) {

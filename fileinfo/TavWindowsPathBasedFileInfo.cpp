@@ -3,9 +3,8 @@
 #include "base/PathString.hpp"
 #include "base/Unicode.hpp"
 #include "fileinfo/ItemAllocation.hpp"
+#include "fileinfo/PathWay.hpp"
 #include "foundation/WindowsPath.hpp"
-
-#include <algorithm>
 
 namespace tav {
 
@@ -88,21 +87,8 @@ std::optional<std::string> TavWindowsPathBasedFileInfo::relativePathTo(TavBaseFi
     }
     const std::vector<std::string> mine = componentsOf(path());
     const std::vector<std::string> theirs = componentsOf(other->path());
-
-    const auto [endOfMine, endOfTheirs] =
-        std::ranges::mismatch(mine, theirs, [](const std::string& a, const std::string& b) {
-            return equalsIgnoringCase(a, b);
-        });
-    std::string way;
-    if (!contains(other)) {
-        for (auto left = endOfMine; left != mine.end(); ++left) {
-            way = windowsStringByAppendingPathComponent(way, "..");
-        }
-    }
-    for (auto next = endOfTheirs; next != theirs.end(); ++next) {
-        way = windowsStringByAppendingPathComponent(way, *next);
-    }
-    return way;
+    return internal::wayBetween(mine, theirs, !contains(other),
+                                windowsStringByAppendingPathComponent);
 }
 
 bool TavWindowsPathBasedFileInfo::isEqualTo(TavBaseFileInfo* other) {
