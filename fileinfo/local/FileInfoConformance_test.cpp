@@ -22,7 +22,7 @@ using Names = std::vector<std::string>;
 class ItemWorld {
   public:
     virtual ~ItemWorld() = default;
-    /// The folder; it has the name "Work".
+    /// The folder; it has the name "Desk".
     virtual FileInfoPtr work() = 0;
     virtual FileInfoPtr itemAt(std::string_view path) = 0;
     virtual char separator() = 0;
@@ -54,7 +54,7 @@ class LocalWorld final : public ItemWorld {
     double datePrecision() override { return 0.001; }
 
   private:
-    std::string root() { return folder_.path("Work"); }
+    std::string root() { return folder_.path("Desk"); }
     std::string below(std::string_view path) {
         return stringByAppendingPathComponent(root(), path);
     }
@@ -68,19 +68,19 @@ class DeviceWorld final : public ItemWorld {
         device_.isCaseInsensitive = true;
         device_.keepsTwoSecondDates = true;
         device_.forbiddenCharacters = "\\:*?\"<>|";
-        device_.addFolder("/E/Work");
+        device_.addFolder("/E/Desk");
     }
-    FileInfoPtr work() override { return itemAt("E:\\Work"); }
+    FileInfoPtr work() override { return itemAt("E:\\Desk"); }
     FileInfoPtr itemAt(std::string_view path) override { return DeviceFileInfo::at(device_, path); }
     char separator() override { return '\\'; }
     void addFile(std::string_view path, std::string_view text) override {
-        device_.addFile("/E/Work/" + std::string(path), text);
+        device_.addFile("/E/Desk/" + std::string(path), text);
     }
     void addFolder(std::string_view path) override {
-        device_.addFolder("/E/Work/" + std::string(path));
+        device_.addFolder("/E/Desk/" + std::string(path));
     }
     bool has(std::string_view path) override {
-        return device_.attributes("/E/Work/" + std::string(path)).ok();
+        return device_.attributes("/E/Desk/" + std::string(path)).ok();
     }
     double datePrecision() override { return 2; }
 
@@ -163,7 +163,7 @@ TYPED_TEST(FileInfoConformance, NamesComeFromThePath) {
     EXPECT_EQ(this->item("f")->name(), "f");
     EXPECT_EQ(file->pathComponents().back(), "2.jpg");
     EXPECT_TRUE(file->path().ends_with(std::string("f") + this->world.separator() + "2.jpg"));
-    EXPECT_TRUE(file->standardPath().ends_with("Work/f/2.jpg"));
+    EXPECT_TRUE(file->standardPath().ends_with("Desk/f/2.jpg"));
     EXPECT_GT(file->maxPathLength(), 0);
     EXPECT_GT(file->numBytesNeededForPath(), 0);
 }
@@ -271,7 +271,7 @@ TYPED_TEST(FileInfoConformance, WaysInsideAVolume) {
               "g" + separator + "3.txt");
     EXPECT_EQ(this->item("f/g")->relativePathTo(this->item("1.txt").get()),
               ".." + separator + ".." + separator + "1.txt");
-    EXPECT_TRUE(this->item("f/2.jpg")->volumeRelativeStandardPath()->ends_with("Work/f/2.jpg"));
+    EXPECT_TRUE(this->item("f/2.jpg")->volumeRelativeStandardPath()->ends_with("Desk/f/2.jpg"));
     EXPECT_TRUE(this->item("f")->volume()->isVolume());
     EXPECT_TRUE(this->item("f")->volume()->isEqualTo(this->item("1.txt")->volume().get()));
     EXPECT_FALSE(this->item("f")->isVolume());

@@ -9,7 +9,7 @@
 namespace tav::internal {
 
 /// Looks up icons by name in an icon theme and those that it inherits from, "Adwaita" and "hicolor"
-/// at last (https://specifications.freedesktop.org/icon-theme-spec). Only PNG files count: of a
+/// at last (by the rules of freedesktop.org). Only PNG files count: of a
 /// theme of drawings nothing is found. Reads the themes' descriptions when it is made, the icons'
 /// names when they are asked for.
 class IconTheme {

@@ -12,7 +12,7 @@
 namespace tav::internal {
 
 /// Which names belong to which type: the files `globs2` of the shared MIME database
-/// (https://specifications.freedesktop.org/shared-mime-info-spec), one of each data folder.
+/// (as freedesktop.org describes it), one of each data folder.
 ///
 /// Of the patterns that match a name the heaviest holds, of these the longest, of these the one
 /// that was added first. Letters of ASCII match in either case unless the pattern forbids it.
