@@ -76,7 +76,7 @@ void measure(benchmark::State& state, Copy copy) {
             return;
         }
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * fileSize));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fileSize));
 }
 
 bool cp(const Place& place) {
