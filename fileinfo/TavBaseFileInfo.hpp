@@ -8,6 +8,8 @@
 #include "base/OptionalText.hpp"
 #include "base/Status.hpp"
 #include "base/Value.hpp"
+#include "fileinfo/CopyOptions.hpp"
+#include "fileinfo/CopySupport.hpp"
 #include "fileinfo/OpenFileToken.hpp"
 #include "fileinfo/ProgressDelegate.hpp"
 #include "fileinfo/TavBaseFileInfoFilter.hpp"
@@ -262,10 +264,13 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     /// (it is written to all the same), -207 when that write fails.
     virtual Status copyTo(TavBaseFileInfo* destination, std::string_view withName,
                           FileInfoPtr* outNewItem);
-    /// -1: this class has no way yet to copy in pieces.
     virtual Status copyTo(TavBaseFileInfo* destination, bool ensureUniqueName,
                           const ProgressDelegate* withProgress, void* userData,
                           FileInfoPtr* outNewItem);
+    /// The same with promises beyond the plain copy; without any it is the plain copy.
+    virtual Status copyTo(TavBaseFileInfo* destination, bool ensureUniqueName,
+                          const ProgressDelegate* withProgress, void* userData,
+                          FileInfoPtr* outNewItem, const CopyOptions& options);
     /// How an item whose device drives the copy takes another one in; -1 here.
     virtual Status copyFromFile(TavBaseFileInfo* source, bool ensureUniqueName,
                                 const ProgressDelegate* withProgress, void* userData,
@@ -275,6 +280,13 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     [[nodiscard]] virtual bool deviceControlsCopy();
     virtual void setDeviceControlsCopy(bool controls);
     [[nodiscard]] virtual std::uint64_t preferredChunkSize(); ///< 8192 bytes.
+    /// Copies a range of this file straight into the same range of another one, where that goes
+    /// without reading it: whether it was done. False leaves the other file as it was; then the
+    /// range is to be read and written. Never here.
+    virtual bool cloneRange(FileRange range, OpenFileToken* readFileUserData,
+                            TavBaseFileInfo* destination, OpenFileToken* writeFileUserData);
+    /// What the copies with options lean on; null here, and they do without.
+    [[nodiscard]] virtual CopySupport* copySupport();
 
     // Contents
 
@@ -285,6 +297,13 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     fileContentsWithRange(FileRange range, OpenFileToken* readFileUserData);
     virtual Status setFileContentsWithRange(BytesView data, FileRange range,
                                             OpenFileToken* writeFileUserData); ///< -220 here.
+    /// The same three without the limit of 32 bits. Here they ask the others: `size`, and the
+    /// ranges as far as 32 bits reach; nothing and `Status::NotSupported` beyond.
+    [[nodiscard]] virtual std::uint64_t wholeSize();
+    [[nodiscard]] virtual std::optional<Data>
+    fileContentsWithWholeRange(WholeFileRange range, OpenFileToken* readFileUserData);
+    virtual Status setFileContentsWithWholeRange(BytesView data, WholeFileRange range,
+                                                 OpenFileToken* writeFileUserData);
     [[nodiscard]] virtual std::optional<Data> fileContents();
     [[nodiscard]] virtual std::optional<Data>
     fileContentsWithProgress(const ProgressDelegate* progress, void* userData);

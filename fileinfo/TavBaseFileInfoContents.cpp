@@ -3,6 +3,8 @@
 #include "fileinfo/TavBaseFileInfo.hpp"
 #include "fileinfo/VerboseLog.hpp"
 
+#include <limits>
+
 namespace tav {
 
 namespace {
@@ -10,6 +12,16 @@ namespace {
 /// What `copyTo` with a name answers beside success and a bad parameter.
 constexpr Status couldNotWriteNamedCopy{-207};
 constexpr Status namedCopyIsNoFile{-208};
+
+/// The range in 32 bits, where it has room in them.
+std::optional<FileRange> narrowRange(WholeFileRange range) {
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
+    if (range.location > largest || range.length > largest) {
+        return std::nullopt;
+    }
+    return FileRange{static_cast<std::uint32_t>(range.location),
+                     static_cast<std::uint32_t>(range.length)};
+}
 
 } // namespace
 
@@ -27,6 +39,21 @@ std::optional<Data> TavBaseFileInfo::fileContentsWithRange(FileRange /*range*/,
 Status TavBaseFileInfo::setFileContentsWithRange(BytesView /*data*/, FileRange /*range*/,
                                                  OpenFileToken* /*writeFileUserData*/) {
     return Status::NotSupported;
+}
+
+std::uint64_t TavBaseFileInfo::wholeSize() { return size(); }
+
+std::optional<Data> TavBaseFileInfo::fileContentsWithWholeRange(WholeFileRange range,
+                                                                OpenFileToken* readFileUserData) {
+    const std::optional<FileRange> narrow = narrowRange(range);
+    return narrow ? fileContentsWithRange(*narrow, readFileUserData) : std::nullopt;
+}
+
+Status TavBaseFileInfo::setFileContentsWithWholeRange(BytesView data, WholeFileRange range,
+                                                      OpenFileToken* writeFileUserData) {
+    const std::optional<FileRange> narrow = narrowRange(range);
+    return narrow ? setFileContentsWithRange(data, *narrow, writeFileUserData)
+                  : Status::NotSupported;
 }
 
 std::optional<Data> TavBaseFileInfo::fileContents() {
@@ -112,6 +139,20 @@ Status TavBaseFileInfo::copyTo(TavBaseFileInfo* /*destination*/, bool /*ensureUn
                                FileInfoPtr* /*outNewItem*/) {
     return Status::Failure;
 }
+
+Status TavBaseFileInfo::copyTo(TavBaseFileInfo* /*destination*/, bool /*ensureUniqueName*/,
+                               const ProgressDelegate* /*withProgress*/, void* /*userData*/,
+                               FileInfoPtr* /*outNewItem*/, const CopyOptions& /*options*/) {
+    return Status::Failure;
+}
+
+bool TavBaseFileInfo::cloneRange(FileRange /*range*/, OpenFileToken* /*readFileUserData*/,
+                                 TavBaseFileInfo* /*destination*/,
+                                 OpenFileToken* /*writeFileUserData*/) {
+    return false;
+}
+
+CopySupport* TavBaseFileInfo::copySupport() { return nullptr; }
 
 Status TavBaseFileInfo::copyFromFile(TavBaseFileInfo* /*source*/, bool /*ensureUniqueName*/,
                                      const ProgressDelegate* /*withProgress*/, void* /*userData*/,

@@ -118,6 +118,9 @@ class FileSystem : public Seam<FileSystem, internal::realFileSystem> {
     /// 64 KiB; the volume may take less (ENOSPC).
     virtual SystemError setExtendedAttribute(std::string_view path, std::string_view name,
                                              BytesView value) = 0;
+    /// The names of those that this user may see, in the file system's order. None where the volume
+    /// keeps none.
+    virtual Result<std::vector<std::string>> extendedAttributeNames(std::string_view path) = 0;
     /// ENODATA when there is none.
     virtual SystemError removeExtendedAttribute(std::string_view path, std::string_view name) = 0;
 

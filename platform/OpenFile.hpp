@@ -28,6 +28,13 @@ struct OpenOptions {
     }
 };
 
+/// A stretch of a file's bytes, the end not included.
+struct DataStretch {
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+    friend bool operator==(const DataStretch&, const DataStretch&) = default;
+};
+
 /// A regular file held open, with a position for reading and writing that begins at 0. It follows
 /// the file through a move or removal and is closed with the object. Nothing raises; failures are
 /// the host's error numbers: EBADF for a change where it was opened only to read, EINVAL for an
@@ -61,6 +68,21 @@ class OpenFile {
     virtual SystemError setPosition(std::uint64_t offset) = 0;
     /// Cuts the file, or grows it by zeros. The position stays.
     virtual SystemError setSize(std::uint64_t size) = 0;
+    /// The next stretch at or behind an offset that is not a hole; the position stays. ENXIO when
+    /// there is none up to the end. Where the file system keeps no holes, or does not tell them,
+    /// everything is data. A hole reads as zeros.
+    virtual Result<DataStretch> nextData(std::uint64_t offset) = 0;
+    /// Lets a range of this file share the blocks of one of the other, which reads the same bytes
+    /// and costs no time. EOPNOTSUPP, EXDEV or EINVAL where that cannot be: another file system or
+    /// one without shared blocks, or a range that does not begin and end with a block (the end of
+    /// the other file serves, too). Then nothing is changed. The position stays.
+    virtual SystemError cloneRange(OpenFile& from, std::uint64_t fromOffset, std::uint64_t length,
+                                   std::uint64_t offset) = 0;
+    /// Lets the host forget what it holds of the content in memory, so that the next read asks the
+    /// medium. Only what is synced goes. A hint: some of it may stay.
+    virtual void forgetCached() = 0;
+    /// The number by which the kernel knows the open file, as long as it is open; -1 for none.
+    [[nodiscard]] virtual int descriptor() const = 0;
     /// Waits until the content is on the medium.
     virtual SystemError sync() = 0;
     /// Closes now and answers what the host still had to say about earlier writes; afterwards

@@ -261,6 +261,59 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     [[nodiscard]] FileInfoPtr createUniqueFolder(std::string_view name) override;
     bool removeContents() override;
     bool remove() override;
+
+    // Contents. Tokens hold the open file; a token of another back-end, one that is closed and null
+    // have none.
+
+    /// Null when it is no regular file that can be opened.
+    [[nodiscard]] std::shared_ptr<OpenFileToken> openFileForReading() override;
+    /// Null when there is no such file. ITS CONTENT IS GONE as soon as it is open.
+    [[nodiscard]] std::shared_ptr<OpenFileToken> openFileForWriting() override;
+    void closeFile(OpenFileToken* token) override;
+    /// As many bytes of the range as the file has; nothing without an open file, and when the read
+    /// fails.
+    [[nodiscard]] std::optional<Data>
+    fileContentsWithRange(FileRange range, OpenFileToken* readFileUserData) override;
+    /// Writes all the data at the location, whatever the range's length is. A file that ends before
+    /// the location is made longer by zeros. -1 without an open file, and when the write fails.
+    Status setFileContentsWithRange(BytesView data, FileRange range,
+                                    OpenFileToken* writeFileUserData) override;
+    [[nodiscard]] std::uint64_t wholeSize() override;
+    [[nodiscard]] std::optional<Data>
+    fileContentsWithWholeRange(WholeFileRange range, OpenFileToken* readFileUserData) override;
+    Status setFileContentsWithWholeRange(BytesView data, WholeFileRange range,
+                                         OpenFileToken* writeFileUserData) override;
+    bool cloneRange(FileRange range, OpenFileToken* readFileUserData, TavBaseFileInfo* destination,
+                    OpenFileToken* writeFileUserData) override;
+    [[nodiscard]] CopySupport* copySupport() override;
+    using TavPathBasedFileInfo::setFileContents;
+    [[nodiscard]] std::optional<Data> fileContentsWithProgress(const ProgressDelegate* progress,
+                                                               void* userData) override;
+    bool setFileContents(BytesView data, const ProgressDelegate* withProgress,
+                         void* userData) override;
+    using TavPathBasedFileInfo::createFile;
+    [[nodiscard]] FileInfoPtr createFile(std::string_view name, BytesView contents,
+                                         const Value::Dictionary* attributes, bool ensureUniqueName,
+                                         const ProgressDelegate* withProgress,
+                                         void* userData) override;
+
+    // Copies. The one in pieces, with progress, is that of every item.
+
+    using TavPathBasedFileInfo::copyTo;
+    Status copyTo(TavBaseFileInfo* destination) override;
+    Status copyTo(TavBaseFileInfo* destination, FileInfoPtr* outNewItem) override;
+    Status copyTo(TavBaseFileInfo* destination, std::string_view withName,
+                  FileInfoPtr* outNewItem) override;
+    virtual void copyToFile(TavBaseFileInfo* destination, const ProgressDelegate* withProgress,
+                            void* userData);
+
+    // Archives, by programs of the host
+
+    [[nodiscard]] std::optional<Data> zip() override;
+    [[nodiscard]] std::optional<Data> ditto() override;
+    [[nodiscard]] FileInfoPtr zipToFolder(TavBaseFileInfo* folder) override;
+    [[nodiscard]] std::optional<FileInfoArray> unzip() override;
+
     /// Does not replace what stands there. 0, or -1 for every failure, another volume among them.
     Status moveTo(TavBaseFileInfo* destination) override;
     void setPath(std::string_view path) override;

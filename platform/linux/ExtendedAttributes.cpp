@@ -1,6 +1,7 @@
 #include "platform/linux/FileCalls.hpp"
 #include "platform/linux/LinuxFileSystem.hpp"
 
+#include <algorithm>
 #include <climits>
 #include <string>
 
@@ -80,6 +81,34 @@ SystemError LinuxFileSystem::setExtendedAttribute(std::string_view path, std::st
     const std::string attribute(name);
     return errorOf(
         [&] { return ::setxattr(whole.text(), attribute.c_str(), value.data(), value.size(), 0); });
+}
+
+Result<std::vector<std::string>> LinuxFileSystem::extendedAttributeNames(std::string_view path) {
+    const KernelPath kernelPath(path);
+    if (!kernelPath.ok()) {
+        return kernelPath.error();
+    }
+    const WholePath whole(kernelPath);
+    std::string names(1024, '\0');
+    ::ssize_t size = 0;
+    while ((size = retryInterrupted(
+                [&] { return ::listxattr(whole.text(), names.data(), names.size()); })) < 0) {
+        if (errno == ENOTSUP) {
+            return std::vector<std::string>();
+        }
+        if (errno != ERANGE || names.size() >= largestAttribute) {
+            return SystemError(errno);
+        }
+        names.resize(largestAttribute);
+    }
+    // Each name ends with a NUL.
+    std::vector<std::string> list;
+    for (std::string_view rest(names.data(), static_cast<std::size_t>(size)); !rest.empty();) {
+        const std::size_t end = std::min(rest.find('\0'), rest.size() - 1);
+        list.emplace_back(rest.substr(0, end));
+        rest.remove_prefix(end + 1);
+    }
+    return list;
 }
 
 SystemError LinuxFileSystem::removeExtendedAttribute(std::string_view path, std::string_view name) {

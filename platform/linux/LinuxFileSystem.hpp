@@ -32,6 +32,7 @@ class LinuxFileSystem : public FileSystem {
     Result<Data> extendedAttribute(std::string_view path, std::string_view name) override;
     SystemError setExtendedAttribute(std::string_view path, std::string_view name,
                                      BytesView value) override;
+    Result<std::vector<std::string>> extendedAttributeNames(std::string_view path) override;
     SystemError removeExtendedAttribute(std::string_view path, std::string_view name) override;
     SystemError move(std::string_view from, std::string_view to, Replace replace) override;
     SystemError removeFile(std::string_view path) override;

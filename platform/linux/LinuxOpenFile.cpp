@@ -7,6 +7,8 @@
 #include <limits>
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace tav {
@@ -86,6 +88,63 @@ SystemError LinuxOpenFile::setSize(std::uint64_t size) {
         retryInterrupted([&] { return ::ftruncate(file_.number(), static_cast<::off_t>(size)); });
     return answer < 0 ? SystemError(errno) : SystemError();
 }
+
+Result<DataStretch> LinuxOpenFile::nextData(std::uint64_t offset) {
+    if (offset > largestOffset) {
+        return SystemError(EINVAL);
+    }
+    // The kernel answers by moving the position.
+    const ::off_t position = ::lseek(file_.number(), 0, SEEK_CUR);
+    if (position < 0) {
+        return SystemError(errno);
+    }
+    const ::off_t begin = ::lseek(file_.number(), static_cast<::off_t>(offset), SEEK_DATA);
+    const int error = begin < 0 ? errno : 0;
+    const ::off_t end = begin < 0 ? -1 : ::lseek(file_.number(), begin, SEEK_HOLE);
+    ::lseek(file_.number(), position, SEEK_SET);
+    if (begin >= 0 && end > begin) {
+        return DataStretch{static_cast<std::uint64_t>(begin), static_cast<std::uint64_t>(end)};
+    }
+    if (error == ENXIO) {
+        return SystemError(ENXIO);
+    }
+    // A file system without an answer, or a file that was cut meanwhile.
+    const auto attributes = this->attributes();
+    if (!attributes.ok()) {
+        return attributes.error();
+    }
+    return offset < attributes.value().size ? Result(DataStretch{offset, attributes.value().size})
+                                            : Result<DataStretch>(SystemError(ENXIO));
+}
+
+SystemError LinuxOpenFile::cloneRange(OpenFile& from, std::uint64_t fromOffset,
+                                      std::uint64_t length, std::uint64_t offset) {
+    if (!canWrite()) {
+        return SystemError(EBADF);
+    }
+    if (length == 0) {
+        return {}; // the kernel takes it for everything up to the end
+    }
+    if (from.descriptor() < 0) {
+        return SystemError(EXDEV);
+    }
+    ::file_clone_range range{};
+    range.src_fd = from.descriptor();
+    range.src_offset = fromOffset;
+    range.src_length = length;
+    range.dest_offset = offset;
+    const int answer =
+        retryInterrupted([&] { return ::ioctl(file_.number(), FICLONERANGE, &range); });
+    return answer < 0 ? SystemError(errno) : SystemError();
+}
+
+void LinuxOpenFile::forgetCached() {
+    if (file_.isOpen()) {
+        ::posix_fadvise(file_.number(), 0, 0, POSIX_FADV_DONTNEED);
+    }
+}
+
+int LinuxOpenFile::descriptor() const { return file_.number(); }
 
 SystemError LinuxOpenFile::sync() {
     return retryInterrupted([&] { return ::fsync(file_.number()); }) < 0 ? SystemError(errno)

@@ -166,6 +166,11 @@ SystemError FaultyFileSystem::setExtendedAttribute(std::string_view path, std::s
     return error.isNone() ? inner_.setExtendedAttribute(path, name, value) : error;
 }
 
+Result<std::vector<std::string>> FaultyFileSystem::extendedAttributeNames(std::string_view path) {
+    const SystemError error = count("extendedAttributeNames");
+    return error.isNone() ? inner_.extendedAttributeNames(path) : error;
+}
+
 SystemError FaultyFileSystem::removeExtendedAttribute(std::string_view path,
                                                       std::string_view name) {
     const SystemError error = count("removeExtendedAttribute");

@@ -59,6 +59,21 @@ SystemError FaultyOpenFile::setSize(std::uint64_t size) {
     return error.isNone() ? inner_->setSize(size) : error;
 }
 
+Result<DataStretch> FaultyOpenFile::nextData(std::uint64_t offset) {
+    const SystemError error = files_.count("OpenFile.nextData");
+    return error.isNone() ? inner_->nextData(offset) : error;
+}
+
+SystemError FaultyOpenFile::cloneRange(OpenFile& from, std::uint64_t fromOffset,
+                                       std::uint64_t length, std::uint64_t offset) {
+    const SystemError error = files_.count("OpenFile.cloneRange");
+    return error.isNone() ? inner_->cloneRange(from, fromOffset, length, offset) : error;
+}
+
+void FaultyOpenFile::forgetCached() { inner_->forgetCached(); }
+
+int FaultyOpenFile::descriptor() const { return inner_->descriptor(); }
+
 SystemError FaultyOpenFile::sync() {
     const SystemError error = files_.count("OpenFile.sync");
     return error.isNone() ? inner_->sync() : error;

@@ -24,6 +24,11 @@ class FaultyOpenFile final : public OpenFile {
     Result<std::uint64_t> position() override;
     SystemError setPosition(std::uint64_t offset) override;
     SystemError setSize(std::uint64_t size) override;
+    Result<DataStretch> nextData(std::uint64_t offset) override;
+    SystemError cloneRange(OpenFile& from, std::uint64_t fromOffset, std::uint64_t length,
+                           std::uint64_t offset) override;
+    void forgetCached() override;
+    [[nodiscard]] int descriptor() const override;
     SystemError sync() override;
     SystemError close() override;
 

@@ -526,6 +526,19 @@ SystemError MemoryFileSystem::setExtendedAttribute(std::string_view path, std::s
     return {};
 }
 
+Result<std::vector<std::string>> MemoryFileSystem::extendedAttributeNames(std::string_view path) {
+    note("extendedAttributeNames", path);
+    const auto node = findExisting(path, Last::Target);
+    if (!node.ok()) {
+        return node.error();
+    }
+    std::vector<std::string> names;
+    for (const auto& [name, value] : node.value().node->extendedAttributes) {
+        names.push_back(name);
+    }
+    return names;
+}
+
 SystemError MemoryFileSystem::removeExtendedAttribute(std::string_view path,
                                                       std::string_view name) {
     note("removeExtendedAttribute", std::string(path) + " " + std::string(name));

@@ -129,6 +129,25 @@ SystemError MemoryOpenFile::setSize(std::uint64_t size) {
     return {};
 }
 
+Result<DataStretch> MemoryOpenFile::nextData(std::uint64_t offset) {
+    if (const SystemError error = begin("nextData"); !error.isNone()) {
+        return error;
+    }
+    const std::uint64_t size = node_->content.size();
+    return offset < size ? Result(DataStretch{offset, size})
+                         : Result<DataStretch>(SystemError(ENXIO));
+}
+
+SystemError MemoryOpenFile::cloneRange(OpenFile& /*from*/, std::uint64_t /*fromOffset*/,
+                                       std::uint64_t /*length*/, std::uint64_t /*offset*/) {
+    const SystemError error = beginChange("cloneRange");
+    return error.isNone() ? SystemError(EOPNOTSUPP) : error;
+}
+
+void MemoryOpenFile::forgetCached() {}
+
+int MemoryOpenFile::descriptor() const { return -1; }
+
 SystemError MemoryOpenFile::sync() { return begin("sync"); }
 
 SystemError MemoryOpenFile::close() {

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "base/Status.hpp"
+
+/// How a copy in pieces ended, beside `Status::Success` and the statuses of the back-end's writes,
+/// which are handed on as they are (`Status::NotSupported` where it cannot write ranges).
+namespace tav::CopyStatus {
+
+inline constexpr Status sourceMissing{-200};
+inline constexpr Status sourceIsNoFile{-201};
+/// The temporary file does not exist after it was made.
+inline constexpr Status noTemporaryFile{-202};
+inline constexpr Status sourceNotOpened{-203};
+inline constexpr Status temporaryFileNotOpened{-204};
+/// A read of a chunk answered nothing.
+inline constexpr Status chunkNotRead{-205};
+/// An exception ended the copy and nothing else had.
+inline constexpr Status raised{-206};
+inline constexpr Status noRoom{-209};
+inline constexpr Status cancelled{-210};
+
+// Only with options (`CopyOptions`).
+
+/// What was read back is not what the source holds.
+inline constexpr Status notVerified{-211};
+/// The file or its folder could not be synced: it may be there, but need not survive a power cut.
+inline constexpr Status notDurable{-212};
+/// The whole new file could not be put in the place of the old one, which still stands.
+inline constexpr Status notReplaced{-213};
+
+} // namespace tav::CopyStatus
