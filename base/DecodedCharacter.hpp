@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace tav::internal {
@@ -40,6 +41,26 @@ struct DecodedCharacter {
         return {character, character >= 0x10000 && character <= 0x10FFFF ? 4U : 0U};
     }
     return {0, 0};
+}
+
+/// Appends a character in UTF-8; one of at most U+10FFFF.
+inline void appendUTF8(std::string& text, char32_t character) {
+    const auto append = [&](char32_t byte) { text += static_cast<char>(byte); };
+    if (character < 0x80) {
+        append(character);
+    } else if (character < 0x800) {
+        append(0xC0 | character >> 6);
+        append(0x80 | (character & 0x3F));
+    } else if (character < 0x10000) {
+        append(0xE0 | character >> 12);
+        append(0x80 | (character >> 6 & 0x3F));
+        append(0x80 | (character & 0x3F));
+    } else {
+        append(0xF0 | character >> 18);
+        append(0x80 | (character >> 12 & 0x3F));
+        append(0x80 | (character >> 6 & 0x3F));
+        append(0x80 | (character & 0x3F));
+    }
 }
 
 } // namespace tav::internal

@@ -1,9 +1,9 @@
 #include "base/TextSearchForm.hpp"
 
+#include "base/Normalizer.hpp"
 #include "base/UnicodeBuffer.hpp"
 #include "base/UnicodeForms.hpp"
 
-#include <stdexcept>
 #include <utility>
 
 #include <unicode/uchar.h>
@@ -16,15 +16,6 @@ namespace tav::internal {
 namespace {
 
 constexpr bool has(unsigned options, unsigned option) { return (options & option) != 0; }
-
-const UNormalizer2* normalizer(const UNormalizer2* (*instance)(UErrorCode*)) {
-    UErrorCode error = U_ZERO_ERROR;
-    const UNormalizer2* const found = instance(&error);
-    if (U_FAILURE(error)) {
-        throw std::runtime_error(u_errorName(error));
-    }
-    return found;
-}
 
 // Control characters and the separators of lines and paragraphs.
 bool takesNoMarks(UChar32 character) {

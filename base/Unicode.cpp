@@ -56,25 +56,6 @@ void walk(std::string_view bytes, ASCII ascii, Other other, Wrong wrong) {
     }
 }
 
-void appendUTF8(std::string& text, char32_t character) {
-    const auto append = [&](char32_t byte) { text += static_cast<char>(byte); };
-    if (character < 0x80) {
-        append(character);
-    } else if (character < 0x800) {
-        append(0xC0 | character >> 6);
-        append(0x80 | (character & 0x3F));
-    } else if (character < 0x10000) {
-        append(0xE0 | character >> 12);
-        append(0x80 | (character >> 6 & 0x3F));
-        append(0x80 | (character & 0x3F));
-    } else {
-        append(0xF0 | character >> 18);
-        append(0x80 | (character >> 12 & 0x3F));
-        append(0x80 | (character >> 6 & 0x3F));
-        append(0x80 | (character & 0x3F));
-    }
-}
-
 enum class ByteOrder { Big, Little };
 
 Data utf16Data(std::string_view bytes, ByteOrder order) {
@@ -145,11 +126,12 @@ std::string bytesFromUTF16(std::u16string_view units) {
         } else if (isHighSurrogate(unit) && at + 1 < units.size() &&
                    isLowSurrogate(units[at + 1])) {
             ++at;
-            appendUTF8(text, 0x10000 + ((unit & 0x3FFU) << 10 | (units[at] & 0x3FFU)));
+            internal::appendUTF8(text, 0x10000 + ((unit & 0x3FFU) << 10 | (units[at] & 0x3FFU)));
         } else if (isEscape(unit)) {
             text += static_cast<char>(unit - escapeBase);
         } else {
-            appendUTF8(text, isHighSurrogate(unit) || isLowSurrogate(unit) ? replacement : unit);
+            internal::appendUTF8(text, isHighSurrogate(unit) || isLowSurrogate(unit) ? replacement
+                                                                                     : unit);
         }
     }
     return text;

@@ -4,13 +4,13 @@
 #include "base/UnicodeForms.hpp"
 
 #include "base/CombiningMarks.hpp"
+#include "base/Normalizer.hpp"
 #include "base/Unicode.hpp"
 #include "base/UnicodeBuffer.hpp"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <stdexcept>
 #include <utility>
 
 #include <unicode/unorm2.h>
@@ -27,15 +27,6 @@ constexpr char asciiLower(char character) {
 
 constexpr bool isASCIICharacter(char character) {
     return static_cast<unsigned char>(character) < 0x80;
-}
-
-const UNormalizer2* normalizer(const UNormalizer2* (*instance)(UErrorCode*)) {
-    UErrorCode error = U_ZERO_ERROR;
-    const UNormalizer2* const found = instance(&error);
-    if (U_FAILURE(error)) {
-        throw std::runtime_error(u_errorName(error));
-    }
-    return found;
 }
 
 std::u16string normalized(const UNormalizer2* form, std::u16string units) {
@@ -92,7 +83,7 @@ std::u16string caselessUnits(std::string_view text) {
 } // namespace
 
 std::u16string internal::decomposedUnits(std::u16string units) {
-    static const UNormalizer2* const decomposition = normalizer(&unorm2_getNFDInstance);
+    static const UNormalizer2* const decomposition = internal::normalizer(&unorm2_getNFDInstance);
     return normalized(decomposition, std::move(units));
 }
 
@@ -154,7 +145,8 @@ std::string precomposedString(std::string_view text) {
     if (isASCII(text)) {
         return std::string(text);
     }
-    return bytesFromUTF16(normalized(normalizer(&unorm2_getNFCInstance), utf16FromBytes(text)));
+    return bytesFromUTF16(
+        normalized(internal::normalizer(&unorm2_getNFCInstance), utf16FromBytes(text)));
 }
 
 } // namespace tav

@@ -13,97 +13,93 @@ namespace {
 
 constexpr std::size_t largestAttribute = 65536; // the kernel's XATTR_SIZE_MAX
 
-/// A path for the calls that know no open folder. A long path goes through the kernel's link to the
-/// folder that it counts from, so these need a mounted /proc.
-class WholePath {
+/// A path for the calls that know no open folder, with the name of an attribute where one is asked
+/// for. A long path goes through the kernel's link to the folder that it counts from, so these need
+/// a mounted /proc.
+class AttributePlace {
   public:
-    explicit WholePath(const KernelPath& path) {
-        if (path.folder() == AT_FDCWD) {
-            text_ = path.text();
-            return;
+    explicit AttributePlace(std::string_view path, std::string_view name = {})
+        : path_(path), name_(name) {
+        if (!path_.ok()) {
+            error_ = path_.error();
+        } else if (name_.find('\0') != std::string::npos) {
+            error_ = SystemError(EINVAL); // it would be another's
+        } else if (path_.folder() == AT_FDCWD) {
+            text_ = path_.text();
+        } else {
+            through_ = "/proc/self/fd/" + std::to_string(path_.folder()) + "/" + path_.text();
+            text_ = through_.c_str();
         }
-        through_ = "/proc/self/fd/" + std::to_string(path.folder()) + "/" + path.text();
-        text_ = through_.c_str();
     }
-    WholePath(const WholePath&) = delete;
-    WholePath& operator=(const WholePath&) = delete;
+    AttributePlace(const AttributePlace&) = delete;
+    AttributePlace& operator=(const AttributePlace&) = delete;
 
-    [[nodiscard]] const char* text() const { return text_; }
+    /// The rest only when there is none.
+    [[nodiscard]] SystemError error() const { return error_; }
+    [[nodiscard]] const char* path() const { return text_; }
+    [[nodiscard]] const char* name() const { return name_.c_str(); }
 
   private:
+    KernelPath path_;
+    std::string name_;
     std::string through_;
     const char* text_ = nullptr;
+    SystemError error_;
 };
 
-/// A name with a NUL would be another's.
-SystemError errorOfAttributeName(std::string_view name) {
-    return name.find('\0') == std::string_view::npos ? SystemError() : SystemError(EINVAL);
+/// Reads with a call that answers the size of what it put into a buffer, or ERANGE when there is
+/// not enough room.
+template <class Bytes, class Call>
+Result<Bytes> readWhole(Bytes buffer, Call call) {
+    for (;;) {
+        const ::ssize_t size = retryInterrupted([&] { return call(buffer.data(), buffer.size()); });
+        if (size >= 0) {
+            buffer.resize(static_cast<std::size_t>(size));
+            return buffer;
+        }
+        if (errno != ERANGE || buffer.size() >= largestAttribute) {
+            return SystemError(errno);
+        }
+        buffer.resize(largestAttribute);
+    }
 }
 
 } // namespace
 
 Result<Data> LinuxFileSystem::extendedAttribute(std::string_view path, std::string_view name) {
-    const KernelPath kernelPath(path);
-    if (!kernelPath.ok()) {
-        return kernelPath.error();
+    const AttributePlace place(path, name);
+    if (!place.error().isNone()) {
+        return place.error();
     }
-    if (const SystemError error = errorOfAttributeName(name); !error.isNone()) {
-        return error;
-    }
-    const WholePath whole(kernelPath);
-    const std::string attribute(name);
-    Data value(256);
-    for (;;) {
-        ::ssize_t size = retryInterrupted([&] {
-            return ::getxattr(whole.text(), attribute.c_str(), value.data(), value.size());
-        });
-        if (size >= 0) {
-            value.resize(static_cast<std::size_t>(size));
-            return value;
-        }
-        if (errno != ERANGE || value.size() >= largestAttribute) {
-            return SystemError(errno);
-        }
-        value.resize(largestAttribute);
-    }
+    return readWhole(Data(256), [&](void* value, std::size_t size) {
+        return ::getxattr(place.path(), place.name(), value, size);
+    });
 }
 
 SystemError LinuxFileSystem::setExtendedAttribute(std::string_view path, std::string_view name,
                                                   BytesView value) {
-    const KernelPath kernelPath(path);
-    if (!kernelPath.ok()) {
-        return kernelPath.error();
-    }
-    if (const SystemError error = errorOfAttributeName(name); !error.isNone()) {
-        return error;
-    }
-    const WholePath whole(kernelPath);
-    const std::string attribute(name);
-    return errorOf(
-        [&] { return ::setxattr(whole.text(), attribute.c_str(), value.data(), value.size(), 0); });
+    const AttributePlace place(path, name);
+    return place.error().isNone() ? errorOf([&] {
+        return ::setxattr(place.path(), place.name(), value.data(), value.size(), 0);
+    })
+                                  : place.error();
 }
 
 Result<std::vector<std::string>> LinuxFileSystem::extendedAttributeNames(std::string_view path) {
-    const KernelPath kernelPath(path);
-    if (!kernelPath.ok()) {
-        return kernelPath.error();
+    const AttributePlace place(path);
+    if (!place.error().isNone()) {
+        return place.error();
     }
-    const WholePath whole(kernelPath);
-    std::string names(1024, '\0');
-    ::ssize_t size = 0;
-    while ((size = retryInterrupted(
-                [&] { return ::listxattr(whole.text(), names.data(), names.size()); })) < 0) {
-        if (errno == ENOTSUP) {
-            return std::vector<std::string>();
-        }
-        if (errno != ERANGE || names.size() >= largestAttribute) {
-            return SystemError(errno);
-        }
-        names.resize(largestAttribute);
+    const Result<std::string> names =
+        readWhole(std::string(1024, '\0'), [&](char* list, std::size_t size) {
+            return ::listxattr(place.path(), list, size);
+        });
+    if (!names.ok() && names.error() != SystemError(ENOTSUP)) {
+        return names.error();
     }
     // Each name ends with a NUL.
     std::vector<std::string> list;
-    for (std::string_view rest(names.data(), static_cast<std::size_t>(size)); !rest.empty();) {
+    for (std::string_view rest = names.ok() ? names.value() : std::string_view(); !rest.empty();) {
         const std::size_t end = std::min(rest.find('\0'), rest.size() - 1);
         list.emplace_back(rest.substr(0, end));
         rest.remove_prefix(end + 1);
@@ -112,16 +108,10 @@ Result<std::vector<std::string>> LinuxFileSystem::extendedAttributeNames(std::st
 }
 
 SystemError LinuxFileSystem::removeExtendedAttribute(std::string_view path, std::string_view name) {
-    const KernelPath kernelPath(path);
-    if (!kernelPath.ok()) {
-        return kernelPath.error();
-    }
-    if (const SystemError error = errorOfAttributeName(name); !error.isNone()) {
-        return error;
-    }
-    const WholePath whole(kernelPath);
-    const std::string attribute(name);
-    return errorOf([&] { return ::removexattr(whole.text(), attribute.c_str()); });
+    const AttributePlace place(path, name);
+    return place.error().isNone()
+               ? errorOf([&] { return ::removexattr(place.path(), place.name()); })
+               : place.error();
 }
 
 } // namespace tav

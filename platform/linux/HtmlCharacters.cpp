@@ -1,3 +1,4 @@
+#include "base/DecodedCharacter.hpp"
 #include "platform/linux/HtmlTokens.hpp"
 
 #include <algorithm>
@@ -96,25 +97,6 @@ int digitValue(char c, int base) {
         return c - 'a' + 10;
     }
     return base == 16 && c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-}
-
-void appendUTF8(std::string& out, char32_t c) {
-    const auto byte = [&out](char32_t bits) { out += static_cast<char>(bits); };
-    if (c < 0x80) {
-        byte(c);
-    } else if (c < 0x800) {
-        byte(0xC0 | c >> 6);
-        byte(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        byte(0xE0 | c >> 12);
-        byte(0x80 | (c >> 6 & 0x3F));
-        byte(0x80 | (c & 0x3F));
-    } else {
-        byte(0xF0 | c >> 18);
-        byte(0x80 | (c >> 12 & 0x3F));
-        byte(0x80 | (c >> 6 & 0x3F));
-        byte(0x80 | (c & 0x3F));
-    }
 }
 
 const Name* find(std::string_view name) {

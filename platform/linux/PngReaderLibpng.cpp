@@ -2,14 +2,13 @@
 // show none.
 
 #include "platform/PngReader.hpp"
+#include "platform/linux/SharedLibrary.hpp"
 
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
 #include <png.h>
 
 namespace tav {
@@ -25,19 +24,11 @@ struct Library {
 
 Library load() {
     Library library;
-    void* const handle = ::dlopen("libpng16.so.16", RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) {
-        return library;
-    }
-    library.isComplete = true;
-    const auto find = [&](auto& function, const char* name) {
-        function =
-            reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(handle, name));
-        library.isComplete = library.isComplete && function != nullptr;
-    };
-    find(library.beginRead, "png_image_begin_read_from_memory");
-    find(library.finishRead, "png_image_finish_read");
-    find(library.free, "png_image_free");
+    internal::SharedLibrary host("libpng16.so.16");
+    host.find(library.beginRead, "png_image_begin_read_from_memory");
+    host.find(library.finishRead, "png_image_finish_read");
+    host.find(library.free, "png_image_free");
+    library.isComplete = host.isComplete();
     return library;
 }
 

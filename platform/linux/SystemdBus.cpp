@@ -1,62 +1,52 @@
 #include "platform/linux/SystemdBus.hpp"
 
+#include "platform/linux/SharedLibrary.hpp"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
-
-#include <dlfcn.h>
 
 namespace tav::internal {
 namespace {
 
 SystemdLibrary load() {
     SystemdLibrary library;
-    // Stays loaded: it keeps per-thread state of its own.
-    void* const handle = ::dlopen("libsystemd.so.0", RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) {
-        return library;
-    }
-    library.isComplete = true;
-    const auto find = [&](auto& function, const char* name) {
-        function =
-            reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(handle, name));
-        library.isComplete = library.isComplete && function != nullptr;
-    };
-    find(library.call, "sd_bus_call");
-    find(library.close_unref, "sd_bus_close_unref");
-    find(library.error_free, "sd_bus_error_free");
-    find(library.get_n_queued_write, "sd_bus_get_n_queued_write");
-    find(library.get_unique_name, "sd_bus_get_unique_name");
-    find(library.is_ready, "sd_bus_is_ready");
-    find(library.message_append, "sd_bus_message_append");
-    find(library.message_append_array, "sd_bus_message_append_array");
-    find(library.message_close_container, "sd_bus_message_close_container");
-    find(library.message_enter_container, "sd_bus_message_enter_container");
-    find(library.message_exit_container, "sd_bus_message_exit_container");
-    find(library.message_get_path, "sd_bus_message_get_path");
-    find(library.message_get_sender, "sd_bus_message_get_sender");
-    find(library.message_has_signature, "sd_bus_message_has_signature");
-    find(library.message_is_signal, "sd_bus_message_is_signal");
-    find(library.message_new_method_call, "sd_bus_message_new_method_call");
-    find(library.message_open_container, "sd_bus_message_open_container");
-    find(library.message_read, "sd_bus_message_read");
-    find(library.message_set_auto_start, "sd_bus_message_set_auto_start");
-    find(library.message_set_expect_reply, "sd_bus_message_set_expect_reply");
-    find(library.message_skip, "sd_bus_message_skip");
-    find(library.message_unref, "sd_bus_message_unref");
-    find(library.open_user, "sd_bus_open_user");
-    find(library.make, "sd_bus_new");
-    find(library.process, "sd_bus_process");
-    find(library.send, "sd_bus_send");
-    find(library.service_name_is_valid, "sd_bus_service_name_is_valid");
-    find(library.set_address, "sd_bus_set_address");
-    find(library.set_bus_client, "sd_bus_set_bus_client");
-    find(library.start, "sd_bus_start");
-    find(library.wait, "sd_bus_wait");
+    SharedLibrary host("libsystemd.so.0");
+    host.find(library.call, "sd_bus_call");
+    host.find(library.close_unref, "sd_bus_close_unref");
+    host.find(library.error_free, "sd_bus_error_free");
+    host.find(library.get_n_queued_write, "sd_bus_get_n_queued_write");
+    host.find(library.get_unique_name, "sd_bus_get_unique_name");
+    host.find(library.is_ready, "sd_bus_is_ready");
+    host.find(library.message_append, "sd_bus_message_append");
+    host.find(library.message_append_array, "sd_bus_message_append_array");
+    host.find(library.message_close_container, "sd_bus_message_close_container");
+    host.find(library.message_enter_container, "sd_bus_message_enter_container");
+    host.find(library.message_exit_container, "sd_bus_message_exit_container");
+    host.find(library.message_get_path, "sd_bus_message_get_path");
+    host.find(library.message_get_sender, "sd_bus_message_get_sender");
+    host.find(library.message_has_signature, "sd_bus_message_has_signature");
+    host.find(library.message_is_signal, "sd_bus_message_is_signal");
+    host.find(library.message_new_method_call, "sd_bus_message_new_method_call");
+    host.find(library.message_open_container, "sd_bus_message_open_container");
+    host.find(library.message_read, "sd_bus_message_read");
+    host.find(library.message_set_auto_start, "sd_bus_message_set_auto_start");
+    host.find(library.message_set_expect_reply, "sd_bus_message_set_expect_reply");
+    host.find(library.message_skip, "sd_bus_message_skip");
+    host.find(library.message_unref, "sd_bus_message_unref");
+    host.find(library.open_user, "sd_bus_open_user");
+    host.find(library.make, "sd_bus_new");
+    host.find(library.process, "sd_bus_process");
+    host.find(library.send, "sd_bus_send");
+    host.find(library.service_name_is_valid, "sd_bus_service_name_is_valid");
+    host.find(library.set_address, "sd_bus_set_address");
+    host.find(library.set_bus_client, "sd_bus_set_bus_client");
+    host.find(library.start, "sd_bus_start");
+    host.find(library.wait, "sd_bus_wait");
+    library.isComplete = host.isComplete();
     return library;
 }
 
