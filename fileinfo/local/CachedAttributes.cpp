@@ -1,6 +1,10 @@
 #include "fileinfo/local/CachedAttributes.hpp"
 
+#include "base/NumberText.hpp"
+
 #include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <iterator>
 
 namespace tav {
@@ -13,6 +17,15 @@ std::optional<Data> internal::ownExtendedAttribute(const FileAttributes& file,
     }
     Result<Data> value = FileSystem::current().extendedAttribute(path, name);
     return value.ok() ? std::optional(std::move(value).value()) : std::nullopt;
+}
+
+SystemError internal::keepCreationDate(std::string_view path, Date date) {
+    if (!std::isfinite(date.secondsSince1970())) {
+        return SystemError(EINVAL);
+    }
+    std::string text;
+    appendReal(text, date.secondsSince1970());
+    return FileSystem::current().setExtendedAttribute(path, creationDateAttribute, bytesOf(text));
 }
 
 const Data* internal::CachedAttributes::extended(std::string_view path, std::string_view name) {

@@ -43,4 +43,8 @@ class CachedAttributes {
 [[nodiscard]] std::optional<Data>
 ownExtendedAttribute(const FileAttributes& file, std::string_view path, std::string_view name);
 
+/// Keeps a date as that of the file's creation, of what the path leads to through links. EINVAL for
+/// one that is no finite number.
+SystemError keepCreationDate(std::string_view path, Date date);
+
 } // namespace tav::internal

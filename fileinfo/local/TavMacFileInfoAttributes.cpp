@@ -230,12 +230,8 @@ void TavMacFileInfo::setCreationDate(std::optional<Date> date) {
     }
     const Date kept = mustUseUTCDates() ? shifted(*date, -offsetFromGMT()) : *date;
     // A link has no attributes of its own, and those of what it leads to are not meant.
-    if (std::isfinite(kept.secondsSince1970()) && _cacheAttributes() &&
-        _attrs->file.kind != FileKind::Link) {
-        std::string text;
-        appendReal(text, kept.secondsSince1970());
-        static_cast<void>(FileSystem::current().setExtendedAttribute(
-            path(), internal::creationDateAttribute, bytesOf(text)));
+    if (_cacheAttributes() && _attrs->file.kind != FileKind::Link) {
+        static_cast<void>(internal::keepCreationDate(path(), kept));
     }
     refresh();
 }

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "fileinfo/CopySupport.hpp"
+
+namespace tav::internal {
+
+/// What the local file system can do for the copies with options: for local items and their tokens,
+/// `Status::NotSupported` or nothing for others.
+class LocalCopySupport final : public CopySupport {
+  public:
+    /// The only one: there is nothing in it.
+    [[nodiscard]] static LocalCopySupport& shared();
+
+    Status replace(TavBaseFileInfo& file, TavBaseFileInfo& destination) override;
+    Status syncContents(OpenFileToken& written) override;
+    Status syncFolder(TavBaseFileInfo& folder) override;
+    void forgetCached(OpenFileToken& token) override;
+    /// What a link leads to has them, as it has the content.
+    std::optional<FileMetadata> metadata(TavBaseFileInfo& file) override;
+    Status setMetadata(TavBaseFileInfo& file, const FileMetadata& metadata) override;
+    std::optional<WholeFileRange> nextData(OpenFileToken& reading, std::uint64_t offset) override;
+    Status setLength(OpenFileToken& writing, std::uint64_t length) override;
+};
+
+} // namespace tav::internal

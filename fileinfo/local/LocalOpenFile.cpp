@@ -1,0 +1,121 @@
+#include "fileinfo/local/LocalOpenFile.hpp"
+
+#include "platform/FileSystem.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+namespace tav::internal {
+
+namespace {
+
+/// Ranges up to this are read without asking first how much of them is there.
+constexpr std::uint64_t smallRange = std::uint64_t{1} << 20U;
+
+} // namespace
+
+std::shared_ptr<LocalOpenFile> LocalOpenFile::open(std::string_view path, Mode mode) {
+    OpenOptions options;
+    options.write = mode == Mode::Writing;
+    auto file = FileSystem::current().open(path, options);
+    if (!file.ok()) {
+        return nullptr;
+    }
+    if (mode == Mode::Writing && !file.value()->setSize(0).isNone()) {
+        return nullptr;
+    }
+    return std::make_shared<LocalOpenFile>(std::move(file).value(), mode);
+}
+
+LocalOpenFile* LocalOpenFile::stillOpen(OpenFileToken* token) {
+    auto* const local = dynamic_cast<LocalOpenFile*>(token);
+    return local != nullptr && local->file_ ? local : nullptr;
+}
+
+Result<Data> LocalOpenFile::read(WholeFileRange range) {
+    std::uint64_t length = range.length;
+    if (length > smallRange) {
+        const auto attributes = file_->attributes();
+        if (!attributes.ok()) {
+            return noted(attributes.error());
+        }
+        const std::uint64_t size = attributes.value().size;
+        length = range.location < size ? std::min(length, size - range.location) : 0;
+    }
+    Data buffer;
+    try {
+        buffer = takeBuffer(static_cast<std::size_t>(length));
+    } catch (const std::bad_alloc&) {
+        return noted(SystemError(ENOMEM));
+    } catch (const std::length_error&) {
+        return noted(SystemError(ENOMEM));
+    }
+    const auto got = file_->readAt(range.location, buffer);
+    if (!got.ok()) {
+        return noted(got.error());
+    }
+    buffer.resize(got.value());
+    return buffer;
+}
+
+SystemError LocalOpenFile::write(BytesView data, std::uint64_t location) {
+    if (const SystemError error = growTo(location); !error.isNone()) {
+        return noted(error);
+    }
+    if (position_ != location) {
+        if (const SystemError error = file_->setPosition(location); !error.isNone()) {
+            return noted(error);
+        }
+    }
+    position_.reset();
+    if (const SystemError error = file_->write(data); !error.isNone()) {
+        return noted(error);
+    }
+    position_ = location + data.size();
+    knownSize_ = std::max(knownSize_, *position_);
+    return {};
+}
+
+SystemError LocalOpenFile::growTo(std::uint64_t location) {
+    if (location <= knownSize_) {
+        return {};
+    }
+    const auto attributes = file_->attributes();
+    if (!attributes.ok()) {
+        return attributes.error();
+    }
+    knownSize_ = attributes.value().size;
+    return location > knownSize_ ? setSize(location) : SystemError();
+}
+
+SystemError LocalOpenFile::setSize(std::uint64_t size) {
+    const SystemError error = file_->setSize(size);
+    if (error.isNone()) {
+        knownSize_ = size;
+    }
+    return noted(error);
+}
+
+bool LocalOpenFile::cloneRange(LocalOpenFile& from, WholeFileRange range) {
+    mayClone_ =
+        mayClone_ &&
+        file_->cloneRange(*from.file_, range.location, range.length, range.location).isNone();
+    if (mayClone_) {
+        knownSize_ = std::max(knownSize_, range.location + range.length);
+    }
+    return mayClone_;
+}
+
+SystemError LocalOpenFile::close() { return noted(std::exchange(file_, nullptr)->close()); }
+
+SystemError LocalOpenFile::noted(SystemError error) {
+    if (failure_.isNone()) {
+        failure_ = error;
+    }
+    return error;
+}
+
+} // namespace tav::internal

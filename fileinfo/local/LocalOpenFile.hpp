@@ -1,0 +1,61 @@
+#pragma once
+
+#include "fileinfo/OpenFileToken.hpp"
+#include "platform/OpenFile.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace tav::internal {
+
+/// The token of a local file. It knows where the host would write next and how long the file is at
+/// least, so that reading or writing the next chunk takes one call of the host and no other.
+class LocalOpenFile final : public OpenFileToken {
+  public:
+    enum class Mode : std::uint8_t { Reading = 0, Writing = 1 };
+
+    LocalOpenFile(std::unique_ptr<OpenFile> file, Mode mode)
+        : file_(std::move(file)), mode_(mode) {}
+
+    /// Null when it is no regular file that can be opened. One that is opened for writing is empty
+    /// then.
+    [[nodiscard]] static std::shared_ptr<LocalOpenFile> open(std::string_view path, Mode mode);
+    /// The token when it is one of these with its file still open; null for anything else.
+    [[nodiscard]] static LocalOpenFile* stillOpen(OpenFileToken* token);
+
+    [[nodiscard]] Mode mode() const { return mode_; }
+    /// Only while it is open.
+    [[nodiscard]] OpenFile& file() { return *file_; }
+
+    /// What the file has of the range, which is nothing behind its end.
+    Result<Data> read(WholeFileRange range);
+    /// Writes at the location. A file that ends before it is made longer by zeros first, also when
+    /// there is nothing to write.
+    SystemError write(BytesView data, std::uint64_t location);
+    SystemError setSize(std::uint64_t size);
+    /// Lets the range share the blocks of the same range of another file; whether that went. Once
+    /// it did not, it is not tried again: the two files are where they are.
+    bool cloneRange(LocalOpenFile& from, WholeFileRange range);
+    /// The file is closed afterwards, whatever is answered.
+    SystemError close();
+
+    /// The first failure of reading, writing or closing, which outlives the open file.
+    [[nodiscard]] SystemError failure() const { return failure_; }
+
+  private:
+    SystemError growTo(std::uint64_t location);
+    SystemError noted(SystemError error);
+
+    std::unique_ptr<OpenFile> file_; ///< Null when closed.
+    Mode mode_;
+    bool mayClone_ = true;
+    /// Where the next write happens, unless that is not known.
+    std::optional<std::uint64_t> position_ = 0;
+    /// The file is at least as long, unless somebody else has cut it.
+    std::uint64_t knownSize_ = 0;
+    SystemError failure_;
+};
+
+} // namespace tav::internal
