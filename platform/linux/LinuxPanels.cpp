@@ -4,14 +4,12 @@
 #include "base/Url.hpp"
 #include "base/WellFormedUTF8.hpp"
 #include "platform/linux/Descriptor.hpp"
+#include "platform/linux/LaunchEnvironment.hpp"
+#include "platform/linux/SpawnedProgram.hpp"
 
-#include <cerrno>
-#include <csignal>
 #include <string_view>
 #include <vector>
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -51,65 +49,27 @@ std::vector<std::string> zenityArguments(const PanelRequest& request) {
     return arguments;
 }
 
-/// What a program is started with: our environment, default signals, nothing to read, its output
-/// into the pipe, its complaints nowhere.
-class SpawnSettings {
-  public:
-    explicit SpawnSettings(int output) {
-        ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-        ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        ::posix_spawnattr_init(&attributes);
-        ::sigset_t signals;
-        ::sigemptyset(&signals);
-        ::posix_spawnattr_setsigmask(&attributes, &signals);
-        ::sigfillset(&signals);
-        ::posix_spawnattr_setsigdefault(&attributes, &signals);
-        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    }
-    ~SpawnSettings() {
-        ::posix_spawn_file_actions_destroy(&actions);
-        ::posix_spawnattr_destroy(&attributes);
-    }
-    SpawnSettings(const SpawnSettings&) = delete;
-    SpawnSettings& operator=(const SpawnSettings&) = delete;
-
-    ::posix_spawn_file_actions_t actions;
-    ::posix_spawnattr_t attributes;
-};
-
 /// Runs a program from the search path to its end: its output, when its status was 0.
-std::optional<std::string> outputOf(std::vector<std::string> arguments) {
+std::optional<std::string> outputOf(const std::vector<std::string>& arguments) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         return std::nullopt;
     }
     Descriptor reading(ends[0]);
     Descriptor writing(ends[1]);
-    std::vector<char*> pointers;
-    pointers.reserve(arguments.size() + 1);
-    for (std::string& argument : arguments) {
-        pointers.push_back(argument.data());
-    }
-    pointers.push_back(nullptr);
-    ::pid_t child = -1;
-    {
-        const SpawnSettings settings(writing.number());
-        if (::posix_spawnp(&child, pointers.front(), &settings.actions, &settings.attributes,
-                           pointers.data(), environ) != 0) {
-            return std::nullopt;
-        }
+    internal::SpawnSettings settings;
+    settings.printInto(writing.number());
+    const Result<::pid_t> child =
+        settings.start(arguments.front(), arguments, internal::currentEnvironment());
+    if (!child.ok()) {
+        return std::nullopt;
     }
     writing.reset();
     const Result<Data> output = readToEnd(reading, 0, longestOutput);
     // One that writes without an end ends by this.
     reading.reset();
-    int status = -1;
-    const bool isKnown = retryInterrupted([&] { return ::waitpid(child, &status, 0); }) == child;
-    // Whoever started us may ignore the ends of children: the status is lost then.
-    const bool succeeded =
-        isKnown ? WIFEXITED(status) && WEXITSTATUS(status) == 0 : errno == ECHILD;
+    const std::optional<int> status = internal::waitForChild(child.value());
+    const bool succeeded = !status || (WIFEXITED(*status) && WEXITSTATUS(*status) == 0);
     return succeeded && output.ok() ? std::optional<std::string>(textOf(output.value()))
                                     : std::nullopt;
 }
