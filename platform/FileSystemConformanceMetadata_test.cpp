@@ -23,6 +23,15 @@ class MetadataConformance : public FileSystemConformance {
         return value.ok() ? std::string(textOf(value.value()))
                           : "error " + std::to_string(value.error().number());
     }
+    /// Sorted, and those of users alone: the host may have some of its own.
+    Names attributeNames(std::string_view file) {
+        auto all = files.extendedAttributeNames(path(file));
+        EXPECT_TRUE(all.ok()) << file;
+        Names names = all.ok() ? std::move(all).value() : Names();
+        std::erase_if(names, [](const std::string& each) { return !each.starts_with("user."); });
+        std::sort(names.begin(), names.end());
+        return names;
+    }
     static std::string error(int number) { return "error " + std::to_string(number); }
 };
 
@@ -144,12 +153,48 @@ TEST_P(MetadataConformance, NamesAndSizesThatAttributesCannotHave) {
     EXPECT_EQ(get("f", name), error(ENODATA));
 }
 
+TEST_P(MetadataConformance, TheNamesOfExtendedAttributesAreListed) {
+    if (!keepsAttributes()) {
+        GTEST_SKIP() << "the file system keeps no extended attributes";
+    }
+    makeFile("f");
+    makeFolder("d");
+    makeLink("l", "f");
+    EXPECT_TRUE(attributeNames("f").empty());
+    EXPECT_EQ(set("f", name, "value"), 0);
+    EXPECT_EQ(set("l", "user.\xFF other", ""), 0);
+    EXPECT_EQ(set("d", name, ""), 0);
+    EXPECT_EQ(attributeNames("f"), (Names{std::string(name), "user.\xFF other"}));
+    EXPECT_EQ(attributeNames("l"), attributeNames("f"));
+    EXPECT_EQ(attributeNames("d"), Names{std::string(name)});
+    EXPECT_TRUE(files.removeExtendedAttribute(path("f"), name).isNone());
+    EXPECT_EQ(attributeNames("f"), Names{"user.\xFF other"});
+    Names many = {"user.\xFF other"};
+    for (char letter = 'a'; letter <= 'z'; ++letter) {
+        many.push_back("user." + std::string(60, letter));
+        EXPECT_EQ(set("f", many.back(), ""), 0);
+    }
+    std::sort(many.begin(), many.end());
+    EXPECT_EQ(attributeNames("f"), many);
+}
+
+TEST_P(MetadataConformance, WhatIsNotThereHasNoAttributesToList) {
+    using namespace std::string_literals;
+    makeLink("nowhere", "gone");
+    makeFile("f");
+    EXPECT_EQ(files.extendedAttributeNames(path("gone")).error(), SystemError(ENOENT));
+    EXPECT_EQ(files.extendedAttributeNames(path("nowhere")).error(), SystemError(ENOENT));
+    EXPECT_EQ(files.extendedAttributeNames(path("f/x")).error(), SystemError(ENOTDIR));
+    EXPECT_EQ(files.extendedAttributeNames("").error(), SystemError(ENOENT));
+    EXPECT_EQ(files.extendedAttributeNames(path("f\0"s)).error(), SystemError(EINVAL));
+}
+
 TEST_P(MetadataConformance, EveryCallCanBeMadeToFail) {
     makeFile("f");
     FaultyFileSystem faulty(files);
     for (const std::string_view operation :
          {"setModificationDate", "extendedAttribute", "setExtendedAttribute",
-          "removeExtendedAttribute", "openFolder"}) {
+          "extendedAttributeNames", "removeExtendedAttribute", "openFolder"}) {
         faulty.failOperation(operation, EIO);
     }
     const std::string file = path("f");
@@ -158,15 +203,18 @@ TEST_P(MetadataConformance, EveryCallCanBeMadeToFail) {
     EXPECT_EQ(faulty.setExtendedAttribute(file, name, {}), SystemError(EIO));
     EXPECT_EQ(faulty.removeExtendedAttribute(file, name), SystemError(EIO));
     EXPECT_EQ(faulty.openFolder(root).error(), SystemError(EIO));
-    EXPECT_EQ(faulty.callCount(), 5U);
-    for (const std::string_view operation : {"setModificationDate", "extendedAttribute",
-                                             "setExtendedAttribute", "removeExtendedAttribute"}) {
+    EXPECT_EQ(faulty.extendedAttributeNames(file).error(), SystemError(EIO));
+    EXPECT_EQ(faulty.callCount(), 6U);
+    for (const std::string_view operation :
+         {"setModificationDate", "extendedAttribute", "setExtendedAttribute",
+          "extendedAttributeNames", "removeExtendedAttribute"}) {
         faulty.failOperation(operation, 0);
     }
     EXPECT_TRUE(faulty.setModificationDate(file, Date(3)).isNone());
     EXPECT_EQ(attributesOf("f").modificationDate, Date(3));
     if (faulty.setExtendedAttribute(file, name, bytesOf("v")).isNone()) {
         EXPECT_EQ(textOf(faulty.extendedAttribute(file, name).value()), "v");
+        EXPECT_FALSE(faulty.extendedAttributeNames(file).value().empty());
         EXPECT_TRUE(faulty.removeExtendedAttribute(file, name).isNone());
     }
 }

@@ -485,6 +485,12 @@ TEST_P(OpenFileConformance, WhatIsClosedAnswersEBADF) {
         EXPECT_EQ(file->setSize(0), SystemError(EBADF));
         EXPECT_EQ(file->setSize(unlimited), SystemError(EBADF));
         EXPECT_EQ(file->sync(), SystemError(EBADF));
+        EXPECT_EQ(file->nextData(0).error(), SystemError(EBADF));
+        EXPECT_EQ(file->nextData(unlimited).error(), SystemError(EBADF));
+        EXPECT_EQ(file->cloneRange(*file, 0, 0, 0), SystemError(EBADF));
+        EXPECT_EQ(file->cloneRange(*file, 0, 4, 8), SystemError(EBADF));
+        EXPECT_EQ(file->descriptor(), -1);
+        file->forgetCached();
     }
     EXPECT_EQ(read("f"), "text");
 }

@@ -5,19 +5,18 @@
 #include "fileinfo/local/FolderWalk.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
 #include "testing/ForkedProcess.hpp"
+#include "testing/OwnMounts.hpp"
 #include "testing/TemporaryFolder.hpp"
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <set>
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <grp.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -26,8 +25,6 @@
 namespace tav {
 namespace {
 
-constexpr int passed = 0;
-constexpr int cannotMount = 100;
 constexpr std::size_t nestedFolders = 2000;
 
 std::set<std::string> namesOf(const FileInfoArray& items) {
@@ -239,32 +236,14 @@ TEST(ManyItems, AFolderOfAHundredThousandIsListedFoundAndRemoved) {
     EXPECT_TRUE(item->folderContents().empty());
 }
 
-/// Runs in a child with mounts of its own. The function answers 0, or the number of the check that
-/// failed.
-int runWithOwnMounts(const std::function<int()>& run) {
-    const ProcessEnd end = runForked([&run] {
-        if (::unshare(CLONE_NEWNS) != 0 ||
-            ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-            return cannotMount;
-        }
-        return run();
-    });
-    EXPECT_EQ(end.signal, 0);
-    return end.status;
-}
-
 class OwnVolumesTest : public testing::Test {
   protected:
     TemporaryFolder folder;
     std::string place = folder.path("volume");
 
     void SetUp() override { ASSERT_EQ(::mkdir(place.c_str(), 0755), 0); }
-    static bool run(const std::string& command) { return std::system(command.c_str()) == 0; }
-    [[nodiscard]] bool mountImage(const std::string& make, const std::string& type) const {
-        const std::string image = folder.path("image");
-        return run("truncate -s 8M '" + image + "' && " + make + " '" + image +
-                   "' >/dev/null 2>&1 && mount -o loop -t " + type + " '" + image + "' '" + place +
-                   "' >/dev/null 2>&1");
+    [[nodiscard]] bool mountAtPlace(const std::string& make, const std::string& type) const {
+        return mountImage(folder.path("image"), make, type, place);
     }
     /// Whether the place is taken for a volume of its own. Asked before anything is cleaned.
     [[nodiscard]] bool isOwnVolume() const {
@@ -279,9 +258,10 @@ class OwnVolumesTest : public testing::Test {
             above.st_dev == here.st_dev) {
             return 10;
         }
-        if (!run("cd '" + place +
-                 "' && mkdir -p .Trashes/501 a/b .Spotlight-V100 && touch 'Desktop DB' a/.DS_Store "
-                 "a/b/._x a/b/kept .Spotlight-V100/kept .Trashes/501/old ._y")) {
+        if (!runInShell(
+                "cd '" + place +
+                "' && mkdir -p .Trashes/501 a/b .Spotlight-V100 && touch 'Desktop DB' a/.DS_Store "
+                "a/b/._x a/b/kept .Spotlight-V100/kept .Trashes/501/old ._y")) {
             return 11;
         }
         const auto root = TavMacFileInfo::fileInfoWithPath(place);
@@ -311,38 +291,39 @@ TEST_F(OwnVolumesTest, ATemporaryVolumeIsListedAndCleaned) {
 
 TEST_F(OwnVolumesTest, AnExt4VolumeIsListedAndCleaned) {
     expect(runWithOwnMounts(
-               [this] { return mountImage("mkfs.ext4 -q", "ext4") ? useVolume() : cannotMount; }),
+               [this] { return mountAtPlace("mkfs.ext4 -q", "ext4") ? useVolume() : cannotMount; }),
            "an image of ext4");
 }
 
 TEST_F(OwnVolumesTest, AFATVolumeIsListedAndCleaned) {
     expect(runWithOwnMounts(
-               [this] { return mountImage("mkfs.vfat", "vfat") ? useVolume() : cannotMount; }),
+               [this] { return mountAtPlace("mkfs.vfat", "vfat") ? useVolume() : cannotMount; }),
            "an image of FAT");
 }
 
 TEST_F(OwnVolumesTest, OnAReadOnlyVolumeEverythingIsListedAndNothingChanged) {
-    expect(runWithOwnMounts([this] {
-               if (::mount("none", place.c_str(), "tmpfs", 0, "size=4m") != 0 ||
-                   !run("cd '" + place + "' && mkdir a && touch QuillboxCopyFile.tmp a/._x") ||
-                   ::mount("none", place.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0) {
-                   return cannotMount;
-               }
-               const auto root = TavMacFileInfo::fileInfoWithPath(place);
-               if (namesOf(root->folderContents()) != std::set<std::string>{"a"}) {
-                   return 1;
-               }
-               if (!isOwnVolume()) {
-                   return 4;
-               }
-               TavMacFileInfo::removeMacGeneratedItemsAtPath(place);
-               if (namesOf(root->folderContentsDeepWithFilter(nullptr)) !=
-                   std::set<std::string>{"._x", "a"}) {
-                   return 2;
-               }
-               return root->createFolder("b") == nullptr && !root->removeContents() ? passed : 3;
-           }),
-           "a tmpfs");
+    expect(
+        runWithOwnMounts([this] {
+            if (::mount("none", place.c_str(), "tmpfs", 0, "size=4m") != 0 ||
+                !runInShell("cd '" + place + "' && mkdir a && touch QuillboxCopyFile.tmp a/._x") ||
+                ::mount("none", place.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0) {
+                return cannotMount;
+            }
+            const auto root = TavMacFileInfo::fileInfoWithPath(place);
+            if (namesOf(root->folderContents()) != std::set<std::string>{"a"}) {
+                return 1;
+            }
+            if (!isOwnVolume()) {
+                return 4;
+            }
+            TavMacFileInfo::removeMacGeneratedItemsAtPath(place);
+            if (namesOf(root->folderContentsDeepWithFilter(nullptr)) !=
+                std::set<std::string>{"._x", "a"}) {
+                return 2;
+            }
+            return root->createFolder("b") == nullptr && !root->removeContents() ? passed : 3;
+        }),
+        "a tmpfs");
 }
 
 } // namespace

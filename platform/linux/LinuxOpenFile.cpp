@@ -90,6 +90,9 @@ SystemError LinuxOpenFile::setSize(std::uint64_t size) {
 }
 
 Result<DataStretch> LinuxOpenFile::nextData(std::uint64_t offset) {
+    if (!file_.isOpen()) {
+        return SystemError(EBADF);
+    }
     if (offset > largestOffset) {
         return SystemError(EINVAL);
     }

@@ -1,18 +1,15 @@
 #include "platform/FileSystem.hpp"
 #include "platform/linux/LinuxVolumes.hpp"
-#include "testing/ForkedProcess.hpp"
+#include "testing/OwnMounts.hpp"
 #include "testing/TemporaryFolder.hpp"
 
 #include <atomic>
-#include <cstdlib>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -28,24 +25,6 @@ std::uint64_t mountOf(const std::string& path) {
     return files().targetAttributes(path).value().mount;
 }
 
-/// What a child answers.
-constexpr int passed = 0;
-constexpr int cannotMount = 100;
-
-/// Runs in a child with mounts of its own. The function answers 0, or the number of the check that
-/// failed.
-int runWithOwnMounts(const std::function<int()>& run) {
-    const ProcessEnd end = runForked([&run] {
-        if (::unshare(CLONE_NEWNS) != 0 ||
-            ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-            return cannotMount;
-        }
-        return run();
-    });
-    EXPECT_EQ(end.signal, 0);
-    return end.status;
-}
-
 class LinuxVolumesTest : public testing::Test {
   protected:
     TemporaryFolder folder;
@@ -54,14 +33,6 @@ class LinuxVolumesTest : public testing::Test {
     std::string made(const std::string& name) {
         EXPECT_TRUE(files().createFolder(folder.path(name), 0755).isNone());
         return folder.path(name);
-    }
-    /// Mounts an image of a new file system on a loop device, if this machine has them.
-    static bool mountImage(const std::string& image, const std::string& make,
-                           const std::string& type, const std::string& place) {
-        const std::string command = "truncate -s 8M '" + image + "' && " + make + " '" + image +
-                                    "' >/dev/null 2>&1 && mount -o loop -t " + type + " '" + image +
-                                    "' '" + place + "' >/dev/null 2>&1";
-        return std::system(command.c_str()) == 0;
     }
 };
 

@@ -133,15 +133,18 @@ Result<DataStretch> MemoryOpenFile::nextData(std::uint64_t offset) {
     if (const SystemError error = begin("nextData"); !error.isNone()) {
         return error;
     }
+    if (offset > largestOffset) {
+        return SystemError(EINVAL);
+    }
     const std::uint64_t size = node_->content.size();
     return offset < size ? Result(DataStretch{offset, size})
                          : Result<DataStretch>(SystemError(ENXIO));
 }
 
 SystemError MemoryOpenFile::cloneRange(OpenFile& /*from*/, std::uint64_t /*fromOffset*/,
-                                       std::uint64_t /*length*/, std::uint64_t /*offset*/) {
+                                       std::uint64_t length, std::uint64_t /*offset*/) {
     const SystemError error = beginChange("cloneRange");
-    return error.isNone() ? SystemError(EOPNOTSUPP) : error;
+    return error.isNone() && length != 0 ? SystemError(EOPNOTSUPP) : error;
 }
 
 void MemoryOpenFile::forgetCached() {}
