@@ -78,7 +78,7 @@ class PlainEntries {
 };
 
 /// More than names, blanks and quotes of all entries together take.
-constexpr std::size_t mostAroundTexts = 12 * 32;
+constexpr std::size_t mostAroundTexts = std::size_t{12} * 32;
 
 std::size_t roomFor(const LogFields& fields) {
     std::size_t room = mostAroundTexts;

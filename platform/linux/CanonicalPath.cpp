@@ -40,10 +40,11 @@ class Walk {
   private:
     SystemError enter(const char* name) {
         auto next = Descriptor::open(folder(), name, O_PATH | O_DIRECTORY | O_NOFOLLOW, 0);
-        if (next.ok()) {
-            folder_ = std::move(next).value();
+        if (!next.ok()) {
+            return next.error();
         }
-        return next.error();
+        folder_ = std::move(next).value();
+        return {};
     }
 
     std::string path_; ///< Empty for the root.

@@ -41,10 +41,11 @@ std::size_t LinuxVolumes::readings() const {
 
 SystemError LinuxVolumes::openTable() {
     auto file = Descriptor::open(path_.c_str(), O_RDONLY);
-    if (file.ok()) {
-        file_ = std::move(file).value();
+    if (!file.ok()) {
+        return file.error();
     }
-    return file.error();
+    file_ = std::move(file).value();
+    return {};
 }
 
 /// Asking makes the kernel forget that it has.
