@@ -1,11 +1,10 @@
 // Searching, listing, creating and removing in terms of the primitives.
 
-#include "base/Format.hpp"
-#include "base/PathString.hpp"
 #include "base/Unicode.hpp"
 #include "fileinfo/KindFilters.hpp"
 #include "fileinfo/ListingFilters.hpp"
 #include "fileinfo/TavBaseFileInfo.hpp"
+#include "fileinfo/UniqueName.hpp"
 #include "fileinfo/VerboseLog.hpp"
 #include "foundation/HomePath.hpp"
 #include "foundation/WindowsFilename.hpp"
@@ -73,17 +72,8 @@ FileInfoArray TavBaseFileInfo::findAllFoldersWithName(std::string_view name) {
 
 std::string TavBaseFileInfo::uniqueFilename(std::string_view name) {
     const FileInfoPtr folder = folderOf(*this);
-    const std::string base = stringByDeletingPathExtension(name);
-    const std::string_view extension = pathExtension(name);
-    std::string candidate(name);
-    for (int number = 1; existsIn(folder, candidate); ++number) {
-        candidate = tav::format("%@-%d", base, number);
-        if (!extension.empty()) {
-            candidate += '.';
-            candidate += extension;
-        }
-    }
-    return candidate;
+    return internal::uniqueName(
+        name, [&](std::string_view candidate) { return existsIn(folder, candidate); });
 }
 
 FileInfoArray TavBaseFileInfo::folderContents() { return folderContentsWithFilter(nullptr); }

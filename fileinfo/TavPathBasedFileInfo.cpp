@@ -5,6 +5,7 @@
 #include "base/PathString.hpp"
 #include "base/Unicode.hpp"
 #include "fileinfo/ItemAllocation.hpp"
+#include "fileinfo/PathPrefix.hpp"
 #include "fileinfo/PathWay.hpp"
 
 #include <algorithm>
@@ -21,16 +22,6 @@ std::vector<std::string> componentsOf(std::string_view path) {
         path.remove_suffix(1);
     }
     return tav::pathComponents(path);
-}
-
-/// Whether the upper-cased text begins with the upper-cased prefix, by units of UTF-16: a byte that
-/// is no UTF-8 is not the beginning of a letter.
-bool beginsIgnoringCase(std::string_view text, std::string_view prefix) {
-    const std::string whole = uppercaseString(text);
-    const std::string beginning = uppercaseString(prefix);
-    return whole.starts_with(beginning) &&
-           utf16Length(beginning) + utf16Length(std::string_view(whole).substr(beginning.size())) ==
-               utf16Length(whole);
 }
 
 /// The text behind so many units of UTF-16.
@@ -99,7 +90,7 @@ bool TavPathBasedFileInfo::isEqualTo(TavBaseFileInfo* other) {
 }
 
 bool TavPathBasedFileInfo::contains(TavBaseFileInfo* other) {
-    return isFolder() && other != nullptr && beginsIgnoringCase(other->path(), path());
+    return isFolder() && other != nullptr && internal::beginsIgnoringCase(other->path(), path());
 }
 
 std::optional<std::string> TavPathBasedFileInfo::volumeRelativeStandardPath() {
@@ -109,7 +100,7 @@ std::optional<std::string> TavPathBasedFileInfo::volumeRelativeStandardPath() {
         return own;
     }
     const std::string rootPath = root->path();
-    if (!beginsIgnoringCase(own, rootPath)) {
+    if (!internal::beginsIgnoringCase(own, rootPath)) {
         return own;
     }
     std::string rest = withoutFirstUnits(own, utf16Length(rootPath));

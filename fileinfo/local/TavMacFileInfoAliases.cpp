@@ -1,5 +1,6 @@
 // Folders, files and aliases.
 
+#include "fileinfo/local/AliasTarget.hpp"
 #include "fileinfo/local/CachedAttributes.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
 
@@ -38,24 +39,16 @@ bool TavMacFileInfo::_cacheAliasInfo(const std::optional<FileAttributes>& learne
         _folderAliasValid = true;
         return true;
     }
-    _aliasRef = std::make_unique<FileRef>(FileRef{_itsFileRef.device, _itsFileRef.number,
-                                                  _itsFileRef.birthNanoseconds, _itsFileRef.mount,
-                                                  _itsPath});
-    const Result<FileAttributes> target = _targetAttributes();
-    SystemError error = target.error();
+    _aliasRef = std::make_unique<FileRef>(internal::referenceOf(_itsFileRef, _itsPath));
+    Result<internal::AliasTarget> target = internal::aliasTargetAt(_itsPath, _targetAttributes());
     if (target.ok()) {
-        Result<std::string> path = FileSystem::current().canonicalPath(_itsPath);
-        if (path.ok()) {
-            const internal::FileNumbers numbers = internal::numbersOf(target.value());
-            *_aliasRef = {numbers.device, numbers.number, numbers.birthNanoseconds, numbers.mount,
-                          std::move(path).value()};
-            _isFolder = target.value().kind == FileKind::Folder;
-            _isAlias = true;
-            _folderAliasValid = true;
-            return true;
-        }
-        error = path.error();
+        *_aliasRef = std::move(target.value().reference);
+        _isFolder = target.value().isFolder;
+        _isAlias = true;
+        _folderAliasValid = true;
+        return true;
     }
+    const SystemError error = target.error();
     if (error == SystemError(ENOENT) || error == SystemError(ENOTDIR)) {
         _isFolder = false;
         _isAlias = true;

@@ -4,6 +4,7 @@
 #include "base/PathString.hpp"
 #include "fileinfo/VerboseLog.hpp"
 #include "fileinfo/local/ErrorText.hpp"
+#include "fileinfo/local/FolderNames.hpp"
 #include "fileinfo/local/FolderWalk.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
 #include "fileinfo/local/TavRemoveMacGeneratedItemsFilter.hpp"
@@ -15,16 +16,6 @@ namespace tav {
 namespace {
 
 constexpr int errorLogType = 2;
-
-/// The names in a folder; none when it cannot be read.
-FolderListing namesIn(std::string_view path) {
-    const Result<std::unique_ptr<OpenFolder>> folder = FileSystem::current().openFolder(path);
-    if (!folder.ok()) {
-        return {};
-    }
-    Result<FolderListing> names = folder.value()->entries();
-    return names.ok() ? std::move(names).value() : FolderListing();
-}
 
 /// Makes the folder of an item that does not exist; whether it is there now.
 bool makeFolder(TavBaseFileInfo& item) {
@@ -109,7 +100,7 @@ bool TavMacFileInfo::removeContents() {
     }
     internal::logVerbose("Removing contents of folder \"%@\"", description());
     bool allRemoved = true;
-    const FolderListing names = namesIn(path());
+    const FolderListing names = internal::namesIn(path());
     for (const FolderListing::Entry entry : names) {
         const FileInfoPtr item = find(entry.name);
         if (item && item->remove()) {

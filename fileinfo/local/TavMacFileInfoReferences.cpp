@@ -3,6 +3,7 @@
 #include "base/PathString.hpp"
 #include "base/PercentEncoding.hpp"
 #include "base/Unicode.hpp"
+#include "fileinfo/local/AliasTarget.hpp"
 #include "fileinfo/local/CachedAttributes.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
 #include "foundation/HomePath.hpp"
@@ -12,10 +13,6 @@
 namespace tav {
 
 namespace {
-
-FileRef referenceOf(const internal::FileNumbers& file, std::string_view path) {
-    return {file.device, file.number, file.birthNanoseconds, file.mount, std::string(path)};
-}
 
 /// Whether a URL's host is this one.
 bool isHere(const std::optional<std::string_view>& host) {
@@ -62,7 +59,7 @@ FileRef TavMacFileInfo::fileRefFromPath(OptionalText path) {
         return {};
     }
     const Result<FileAttributes> attributes = FileSystem::current().attributes(*path);
-    return attributes.ok() ? referenceOf(internal::numbersOf(attributes.value()), *path)
+    return attributes.ok() ? internal::referenceOf(internal::numbersOf(attributes.value()), *path)
                            : FileRef();
 }
 
@@ -183,7 +180,7 @@ Status TavMacFileInfo::fileRef(FileRef* outReference) {
         if (status == Status::Success && _itsFileRef.birthNanoseconds == 0 && !learned) {
             static_cast<void>(_ownAttributes()); // which tells the time of birth
         }
-        *outReference = referenceOf(_itsFileRef, _itsPath);
+        *outReference = internal::referenceOf(_itsFileRef, _itsPath);
     }
     return status;
 }
@@ -218,27 +215,7 @@ Status TavMacFileInfo::_takeFileRef(std::optional<FileAttributes>& learned) {
 }
 
 std::optional<std::string> TavMacFileInfo::resolvedPath() {
-    const std::vector<std::string> components = tav::pathComponents(path());
-    if (components.empty()) {
-        return std::nullopt;
-    }
-    FileSystem& files = FileSystem::current();
-    std::string resolved;
-    for (const std::string& component : components) {
-        resolved = stringByAppendingPathComponent(resolved, component);
-        const Result<FileAttributes> there = files.attributes(resolved);
-        if (!there.ok()) {
-            return std::nullopt;
-        }
-        if (there.value().kind == FileKind::Link) {
-            Result<std::string> target = files.canonicalPath(resolved);
-            if (!target.ok()) {
-                return std::nullopt;
-            }
-            resolved = std::move(target).value();
-        }
-    }
-    return resolved;
+    return internal::resolvedPathOf(path());
 }
 
 void TavMacFileInfo::_clearCaches() {
