@@ -30,8 +30,10 @@ class FileKinds : public Seam<FileKinds, internal::realFileKinds> {
     virtual std::shared_ptr<Image> iconForFileType(std::string_view extension) = 0;
     /// The icon of the file at a path; null where the desktop has none. Shared likewise.
     virtual std::shared_ptr<Image> iconForFile(std::string_view path) = 0;
-    /// The kind of the file at a path in the user's language ("JPEG image"); nothing for a kind
-    /// that the desktop does not know.
+    /// The kind of files with an extension (without its dot), in the user's language ("JPEG
+    /// image"); nothing for one that the desktop does not know.
+    virtual std::optional<std::string> kindOfFileType(std::string_view extension) = 0;
+    /// The kind of the file at a path, likewise; nothing for a kind that the desktop does not know.
     virtual std::optional<std::string> kindOfFile(std::string_view path) = 0;
     /// Whether the path is a folder that is shown to people as one file.
     virtual bool isFilePackageAtPath(std::string_view path) = 0;

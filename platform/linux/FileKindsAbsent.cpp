@@ -13,6 +13,9 @@ class NoFileKinds final : public FileKinds {
         return nullptr;
     }
     std::shared_ptr<Image> iconForFile(std::string_view /*path*/) override { return nullptr; }
+    std::optional<std::string> kindOfFileType(std::string_view /*extension*/) override {
+        return std::nullopt;
+    }
     std::optional<std::string> kindOfFile(std::string_view /*path*/) override {
         return std::nullopt;
     }

@@ -98,24 +98,8 @@ std::shared_ptr<Image> LinuxFileKinds::iconOfType(const std::string& type) {
     return icon;
 }
 
-std::shared_ptr<Image> LinuxFileKinds::iconForFileType(std::string_view extension) {
-    if (extension.empty()) {
-        return nullptr;
-    }
-    std::string type;
-    {
-        const std::scoped_lock lock(mutex_);
-        type = database().types.typeOfName("name." + std::string(extension));
-    }
-    return iconOfType(type);
-}
-
-std::shared_ptr<Image> LinuxFileKinds::iconForFile(std::string_view path) {
-    return iconOfType(typeOfFile(path));
-}
-
-std::optional<std::string> LinuxFileKinds::kindOfFile(std::string_view path) {
-    const std::string type = typeOfFile(path);
+/// Nothing for the empty type.
+std::optional<std::string> LinuxFileKinds::kindOfType(const std::string& type) {
     if (type.empty()) {
         return std::nullopt;
     }
@@ -126,6 +110,31 @@ std::optional<std::string> LinuxFileKinds::kindOfFile(std::string_view path) {
         comment = known.comments.emplace(type, known.types.comment(type, known.languages)).first;
     }
     return comment->second.empty() ? std::nullopt : std::optional(comment->second);
+}
+
+/// Empty for the empty extension.
+std::string LinuxFileKinds::typeOfExtension(std::string_view extension) {
+    if (extension.empty()) {
+        return {};
+    }
+    const std::scoped_lock lock(mutex_);
+    return database().types.typeOfName("name." + std::string(extension));
+}
+
+std::shared_ptr<Image> LinuxFileKinds::iconForFileType(std::string_view extension) {
+    return iconOfType(typeOfExtension(extension));
+}
+
+std::shared_ptr<Image> LinuxFileKinds::iconForFile(std::string_view path) {
+    return iconOfType(typeOfFile(path));
+}
+
+std::optional<std::string> LinuxFileKinds::kindOfFileType(std::string_view extension) {
+    return kindOfType(typeOfExtension(extension));
+}
+
+std::optional<std::string> LinuxFileKinds::kindOfFile(std::string_view path) {
+    return kindOfType(typeOfFile(path));
 }
 
 bool LinuxFileKinds::isFilePackageAtPath(std::string_view path) {

@@ -46,6 +46,7 @@ class LinuxFileKinds final : public FileKinds {
 
     std::shared_ptr<Image> iconForFileType(std::string_view extension) override;
     std::shared_ptr<Image> iconForFile(std::string_view path) override;
+    std::optional<std::string> kindOfFileType(std::string_view extension) override;
     std::optional<std::string> kindOfFile(std::string_view path) override;
     bool isFilePackageAtPath(std::string_view path) override;
 
@@ -60,10 +61,11 @@ class LinuxFileKinds final : public FileKinds {
         std::map<std::string, std::weak_ptr<Image>> icons;         ///< Of paths.
     };
 
-    // With the mutex held.
-    Database& database();
+    Database& database(); ///< With the mutex held.
+    std::string typeOfExtension(std::string_view extension);
     std::string typeOfFile(std::string_view path);
     std::shared_ptr<Image> iconOfType(const std::string& type);
+    std::optional<std::string> kindOfType(const std::string& type);
 
     std::function<internal::FileKindSources()> sources_;
     std::mutex mutex_;

@@ -56,6 +56,14 @@ TEST_F(LinuxFileKindsTest, TheKindIsThatOfTheName) {
     EXPECT_EQ(kinds.kindOfFile(file("c.pjpg")), "JPEG-Bild");
 }
 
+TEST_F(LinuxFileKindsTest, TheKindOfAnExtensionAsksForNoFile) {
+    EXPECT_EQ(kinds.kindOfFileType("jpg"), "JPEG-Bild");
+    EXPECT_EQ(kinds.kindOfFileType("JPG"), "JPEG-Bild");
+    EXPECT_EQ(kinds.kindOfFileType("unheard-of"), std::nullopt);
+    EXPECT_EQ(kinds.kindOfFileType("png"), std::nullopt) << "a type without a word";
+    EXPECT_EQ(kinds.kindOfFileType(""), std::nullopt);
+}
+
 TEST_F(LinuxFileKindsTest, NoKindForUnknownNamesAndTypesWithoutAWord) {
     EXPECT_EQ(kinds.kindOfFile(file("a.unheard-of")), std::nullopt);
     EXPECT_EQ(kinds.kindOfFile(file("a")), std::nullopt);
