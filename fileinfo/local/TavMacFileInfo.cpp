@@ -8,6 +8,7 @@
 #include "fileinfo/ItemAllocation.hpp"
 #include "fileinfo/local/ArchivedLocalFileInfos.hpp"
 #include "fileinfo/local/CachedAttributes.hpp"
+#include "fileinfo/local/TavFileInfo.hpp"
 #include "foundation/HomePath.hpp"
 
 namespace tav {
@@ -167,6 +168,11 @@ void registerArchivedLocalFileInfos() {
                                   item->initWithCoder(coder);
                                   return item;
                               });
+        registerArchivedClass("TavFileInfo", [](KeyedUnarchiver& coder) -> std::shared_ptr<Coding> {
+            const auto item = TavFileInfo::fileInfoWithPath(nullptr);
+            item->initWithCoder(coder);
+            return item;
+        });
         return true;
     }();
     static_cast<void>(entered);

@@ -1,0 +1,72 @@
+// Contents of older items.
+
+#include "fileinfo/UniqueName.hpp"
+#include "fileinfo/local/CachedAttributes.hpp"
+#include "fileinfo/local/FileCreation.hpp"
+#include "fileinfo/local/TavFileInfo.hpp"
+
+#include <cerrno>
+#include <limits>
+
+namespace tav {
+
+namespace {
+
+/// How often a new file's name may be taken by somebody else in the moment between looking and
+/// making the file.
+constexpr int mostTries = 20;
+
+} // namespace
+
+std::optional<Data> TavFileInfo::fileContents() {
+    if (!exists() || !isFile()) {
+        return std::nullopt;
+    }
+    Result<Data> contents =
+        FileSystem::current().readFile(path(), std::numeric_limits<std::uint64_t>::max());
+    return contents.ok() ? std::optional(std::move(contents).value()) : std::nullopt;
+}
+
+bool TavFileInfo::setFileContents(BytesView data) {
+    if (!exists() || !isFile()) {
+        return false;
+    }
+    const SystemError error =
+        internal::createFileAtPath(path(), data, nullptr, internal::Existing::Rewritten);
+    refresh(); // also after a failure, which may have written some of it
+    return error.isNone();
+}
+
+TavFileInfoPtr TavFileInfo::createFile(std::string_view name, BytesView contents,
+                                       const Value::Dictionary* attributes) {
+    return createFile(name, contents, attributes, false);
+}
+
+TavFileInfoPtr TavFileInfo::createFile(std::string_view name, BytesView contents,
+                                       const Value::Dictionary* attributes, bool ensureUniqueName) {
+    using internal::createFileAtPath;
+    if (!ensureUniqueName) {
+        TavFileInfoPtr target = find(name);
+        if (!target->exists()) {
+            static_cast<void>(createFileAtPath(target->path(), contents, attributes,
+                                               internal::Existing::Rewritten));
+            return target;
+        }
+        if (target->isFolder()) {
+            return nullptr;
+        }
+        target->setFileContents(contents);
+        return target;
+    }
+    const auto isTaken = [this](std::string_view candidate) { return find(candidate)->exists(); };
+    for (int tries = 0; tries < mostTries; ++tries) {
+        TavFileInfoPtr target = find(internal::uniqueName(name, isTaken));
+        if (createFileAtPath(target->path(), contents, attributes, internal::Existing::Refused) !=
+            SystemError(EEXIST)) {
+            return target;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace tav
