@@ -83,6 +83,37 @@ using FileCopyProgress = int (*)(void* context, std::uint64_t step, std::uint64_
 Status copyFile(std::string_view source, std::string_view destination,
                 FileCopyProgress progressFunction, void* context);
 
+/// Copies a file, a link or a folder with all that is in it, and leaves the source as it is. The
+/// destination is the new item's own path; nothing may stand there, its folder has to be there.
+///
+/// A link is copied as a link, whatever it leads to, and so is each link inside. Permissions,
+/// modification dates and extended attributes whose names begin with "user." travel; what the other
+/// volume does not keep of them is lost without a word. The copy belongs to whoever copies, and a
+/// file that runs as its user or group (the bits 06000) does so only when it is still the same one.
+/// Hard links become files of their own, holes of files of more than 64 KiB stay holes, and on a
+/// volume that can share blocks a file's content takes no room until one of the two is changed.
+///
+/// A folder is copied as it is when it is listed, in the beginning: what comes later is not. Of a
+/// file come as many bytes as it had when it was opened. Nothing is synced.
+///
+/// Success, or the host's error number, made negative; then what the copy made is taken away again,
+/// and nothing else. EEXIST where something stands (a link to nothing, too), EINVAL for a folder
+/// into itself and for pipes, sockets and devices, which fail the whole copy wherever they lie,
+/// before anything is made. EIO when a file ends before the size that it had, ENOENT when something
+/// vanished, ESTALE when something else took its place. A process that ends meanwhile leaves a part
+/// at the destination, in folders that only their owner may enter.
+Status copyPath(std::string_view source, std::string_view destination);
+
+/// Gives a file, link or folder another path and replaces nothing. In one volume this is one step.
+///
+/// To another volume it is copied as by `copyPath`, then removed. The source stays untouched until
+/// the copy is whole and on the medium. ESTALE when anything in it was changed meanwhile, came or
+/// went: then the copy is taken away again. Only what was copied is removed; when that fails, the
+/// copy stays, WHOLE, beside what is left of the source: the content is lost in no case.
+///
+/// Success, or the host's error number, made negative.
+Status movePath(std::string_view source, std::string_view destination);
+
 /// The folder "Caches/Metadata" and the main bundle's identifier (when it has one) in the user's
 /// folder of caches, or else the temporary one. It is made when missing. Empty when the host tells
 /// neither.
