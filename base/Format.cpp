@@ -272,15 +272,19 @@ class Writer {
 } // namespace
 
 std::string formatWithArguments(std::string_view form, std::span<const FormatArgument> arguments) {
+    std::string storage;
+    const std::string_view text = formatWithArguments(form, arguments, storage);
+    return storage.empty() ? std::string(text) : storage;
+}
+
+std::string_view formatWithArguments(std::string_view form,
+                                     std::span<const FormatArgument> arguments,
+                                     std::string& storage) {
+    storage.clear();
     if (form == "%@" && arguments.size() == 1) {
-        std::string storage;
-        const std::string_view text = internal::objectText(arguments.front(), storage);
-        if (storage.empty()) {
-            return std::string(text);
-        }
-        return storage;
+        return internal::objectText(arguments.front(), storage);
     }
-    return Writer(form, arguments).write();
+    return storage = Writer(form, arguments).write();
 }
 
 } // namespace tav

@@ -57,6 +57,11 @@ class FormatArgument {
 /// `format` with the arguments in a list.
 [[nodiscard]] std::string formatWithArguments(std::string_view form,
                                               std::span<const FormatArgument> arguments);
+/// The same without a copy where one argument alone is the text; `storage` holds what had to be
+/// made.
+[[nodiscard]] std::string_view formatWithArguments(std::string_view form,
+                                                   std::span<const FormatArgument> arguments,
+                                                   std::string& storage);
 
 /// The text of a printf form: `format("Couldn't remove \"%@\".", path)`.
 ///

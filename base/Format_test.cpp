@@ -265,6 +265,19 @@ TEST(Format, AnyFormEndsInAText) {
     }
 }
 
+TEST(Format, ATextByItselfIsNotCopied) {
+    const std::string text = "a text that no string holds without memory of its own";
+    std::string storage = "before";
+    const FormatArgument arguments[] = {FormatArgument(text), FormatArgument(7)};
+    const std::string_view alone = formatWithArguments("%@", std::span(arguments, 1), storage);
+    EXPECT_EQ(alone.data(), text.data());
+    EXPECT_EQ(alone.size(), text.size());
+    EXPECT_TRUE(storage.empty());
+    EXPECT_EQ(formatWithArguments("%@", std::span(arguments + 1, 1), storage), "7");
+    EXPECT_EQ(formatWithArguments("%@ %d", arguments, storage), text + " 7");
+    EXPECT_EQ(storage, text + " 7");
+}
+
 } // namespace
 
 } // namespace tav
