@@ -15,10 +15,10 @@ bool isOnlySlashes(std::string_view path) {
 
 // Without slashes at the end; "/" when there is nothing else.
 std::string_view withoutTrailingSlashes(std::string_view path) {
-    if (isOnlySlashes(path)) {
-        return path.substr(0, 1);
+    while (path.size() > 1 && path.back() == slash) {
+        path.remove_suffix(1);
     }
-    return path.substr(0, path.find_last_not_of(slash) + 1);
+    return path;
 }
 
 // Calls `use` with every component that is not empty.
