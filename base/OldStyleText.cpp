@@ -24,6 +24,13 @@ constexpr char hexDigits[] = "0123456789abcdef";
 /// Dictionaries of no more entries are sorted on the stack.
 constexpr std::size_t smallDictionary = 32;
 
+/// How a text stands in the form.
+enum class Quoting : std::uint8_t {
+    Bare,    ///< As it is.
+    Quoted,  ///< As it is, between two quotes.
+    Escaped, ///< Between quotes, some of its characters as others.
+};
+
 constexpr bool standsInQuotes(char c) { return c >= ' ' && c < 0x7f && c != '"' && c != '\\'; }
 
 /// For every byte whether the function holds for it.
@@ -91,21 +98,60 @@ __m128i lettersAndDigitsAmong(__m128i bytes) {
     return _mm_or_si128(inRange(lowercase, 'a', 26), inRange(bytes, '0', 10));
 }
 
-Quoting quotingOfCharacters(std::string_view text) {
-    const bool isShort = text.size() < 16;
-    const __m128i last = isShort ? bytesOfShort(text) : bytesAt(text.data() + text.size() - 16);
-    __m128i plain = plainAmong(last);
-    __m128i lettersAndDigits = lettersAndDigitsAmong(last);
-    for (std::size_t at = 0; !isShort && text.size() - at > 16; at += 16) {
-        const __m128i bytes = bytesAt(text.data() + at);
-        plain = _mm_and_si128(plain, plainAmong(bytes));
-        lettersAndDigits = _mm_and_si128(lettersAndDigits, lettersAndDigitsAmong(bytes));
+bool areAll(__m128i flags) { return static_cast<unsigned>(_mm_movemask_epi8(flags)) == allBytes; }
+
+template <class Word>
+void copyEnds(char* at, std::string_view text) {
+    const auto first = wordAt<Word>(text.data());
+    const auto last = wordAt<Word>(text.data() + text.size() - sizeof(Word));
+    std::memcpy(at, &first, sizeof first);
+    std::memcpy(at + text.size() - sizeof last, &last, sizeof last);
+}
+
+/// `std::copy` without a call, for texts that are short more often than not.
+char* copyText(char* at, std::string_view text) {
+    const std::size_t size = text.size();
+    if (size >= 16) {
+        for (std::size_t done = 0; size - done > 16; done += 16) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(at + done), bytesAt(text.data() + done));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(at + size - 16),
+                         bytesAt(text.data() + size - 16));
+    } else if (size >= 8) {
+        copyEnds<std::uint64_t>(at, text);
+    } else if (size >= 4) {
+        copyEnds<std::uint32_t>(at, text);
+    } else if (size != 0) {
+        at[0] = text[0];
+        at[size / 2] = text[size / 2];
+        at[size - 1] = text[size - 1];
     }
-    if (static_cast<unsigned>(_mm_movemask_epi8(lettersAndDigits)) == allBytes) {
+    return at + size;
+}
+
+Quoting quotingOfCharacters(std::string_view text) {
+    if (text.size() < 16) {
+        const __m128i bytes = bytesOfShort(text);
+        return areAll(lettersAndDigitsAmong(bytes)) ? Quoting::Bare
+               : areAll(plainAmong(bytes))          ? Quoting::Quoted
+                                                    : Quoting::Escaped;
+    }
+    const char* const begin = text.data();
+    const char* const last = begin + text.size() - 16;
+    // Most texts have a blank or a dot at one of their ends.
+    bool isBare = areAll(
+        _mm_and_si128(lettersAndDigitsAmong(bytesAt(begin)), lettersAndDigitsAmong(bytesAt(last))));
+    for (const char* at = begin + 16; isBare && at < last; at += 16) {
+        isBare = areAll(lettersAndDigitsAmong(bytesAt(at)));
+    }
+    if (isBare) {
         return Quoting::Bare;
     }
-    return static_cast<unsigned>(_mm_movemask_epi8(plain)) == allBytes ? Quoting::Quoted
-                                                                       : Quoting::Escaped;
+    __m128i plain = plainAmong(bytesAt(last));
+    for (const char* at = begin; at < last; at += 16) {
+        plain = _mm_and_si128(plain, plainAmong(bytesAt(at)));
+    }
+    return areAll(plain) ? Quoting::Quoted : Quoting::Escaped;
 }
 
 #else
@@ -122,6 +168,8 @@ bool areAll(std::string_view text) {
                        [](char c) { return table[static_cast<unsigned char>(c)]; });
 }
 
+char* copyText(char* at, std::string_view text) { return std::copy(text.begin(), text.end(), at); }
+
 Quoting quotingOfCharacters(std::string_view text) {
     if (areAll<lettersAndDigits>(text)) {
         return Quoting::Bare;
@@ -130,6 +178,10 @@ Quoting quotingOfCharacters(std::string_view text) {
 }
 
 #endif
+
+Quoting quotingOf(std::string_view text) {
+    return text.empty() ? Quoting::Quoted : quotingOfCharacters(text);
+}
 
 /// How many characters at the beginning stand in quotes as they are.
 std::size_t plainLength(std::string_view text) {
@@ -274,10 +326,6 @@ void appendValue(std::string& out, const Value& value, std::size_t level) {
 
 } // namespace
 
-Quoting quotingOf(std::string_view text) {
-    return text.empty() ? Quoting::Quoted : quotingOfCharacters(text);
-}
-
 void appendText(std::string& out, std::string_view text) {
     const Quoting quoting = quotingOf(text);
     if (quoting == Quoting::Bare) {
@@ -308,11 +356,21 @@ void appendText(std::string& out, std::string_view text) {
     out += '"';
 }
 
-void appendBytes(std::string& out, BytesView bytes) {
-    const std::size_t begin = out.size();
-    const std::size_t blanks = bytes.empty() ? 0 : (bytes.size() - 1) / 4;
-    out.resize(begin + 2 * bytes.size() + blanks + 2);
-    char* at = out.data() + begin;
+char* putText(char* at, std::string_view text) {
+    const Quoting quoting = quotingOf(text);
+    if (quoting == Quoting::Escaped) {
+        return nullptr;
+    }
+    const std::size_t quote = quoting == Quoting::Quoted ? 1 : 0;
+    *at = '"';
+    at = copyText(at + quote, text);
+    if (quote != 0) {
+        *at++ = '"';
+    }
+    return at;
+}
+
+char* putBytes(char* at, BytesView bytes) {
     *at++ = '<';
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (i != 0 && i % 4 == 0) {
@@ -322,7 +380,14 @@ void appendBytes(std::string& out, BytesView bytes) {
         *at++ = hexDigits[byte >> 4];
         *at++ = hexDigits[byte & 15];
     }
-    *at = '>';
+    *at++ = '>';
+    return at;
+}
+
+void appendBytes(std::string& out, BytesView bytes) {
+    const std::size_t begin = out.size();
+    out.resize(begin + lengthOfBytes(bytes.size()));
+    putBytes(out.data() + begin, bytes);
 }
 
 void append(std::string& out, const Value& value) { appendValue(out, value, 0); }

@@ -4,7 +4,7 @@
 #include "base/PropertyList.hpp"
 #include "base/Value.hpp"
 
-#include <cstdint>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,17 +20,20 @@ namespace tav::OldStyleText {
 
 /// The same at the end of another text.
 void append(std::string& out, const Value& value);
-/// How a text stands in the form.
-enum class Quoting : std::uint8_t {
-    Bare,    ///< As it is.
-    Quoted,  ///< As it is, between two quotes.
-    Escaped, ///< Between quotes, some of its characters as others.
-};
-[[nodiscard]] Quoting quotingOf(std::string_view text);
 
 /// What stands for a text, or for bytes, by itself.
 void appendText(std::string& out, std::string_view text);
 void appendBytes(std::string& out, BytesView bytes);
+
+/// The same into memory with room for it, of which the end is answered. For a text of which some
+/// characters have to be escaped that is null, and nothing was written; any other one takes no more
+/// room than itself and two quotes.
+[[nodiscard]] char* putText(char* at, std::string_view text);
+char* putBytes(char* at, BytesView bytes);
+/// How many characters stand for so many bytes.
+[[nodiscard]] constexpr std::size_t lengthOfBytes(std::size_t count) {
+    return 2 + 2 * count + (count == 0 ? 0 : (count - 1) / 4);
+}
 
 /// The value of a text in UTF-8, or in UTF-16 with a byte-order mark; nothing when it is none, and
 /// `outError`, which may be null, tells why. Numbers and dates are texts; of equal keys the last

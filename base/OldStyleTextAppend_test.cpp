@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <limits>
+#include <optional>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -64,23 +65,34 @@ TEST(OldStyleTextAppend, ManyTexts) {
     }
 }
 
-OldStyleText::Quoting slowQuoting(std::string_view text) {
-    const std::string slow = slowText(text);
-    if (slow == text) {
-        return OldStyleText::Quoting::Bare;
+/// What `putText` writes, with nothing changed before and behind it; nothing for null.
+std::optional<std::string> put(std::string_view text) {
+    std::string memory(text.size() + 4, '=');
+    const char* const end = OldStyleText::putText(memory.data() + 1, text);
+    EXPECT_TRUE(memory.front() == '=' && memory.back() == '=');
+    if (end == nullptr) {
+        return std::nullopt;
     }
-    const bool isAsItIs = slow.substr(1, slow.size() - 2) == text;
-    return isAsItIs ? OldStyleText::Quoting::Quoted : OldStyleText::Quoting::Escaped;
+    return memory.substr(1, static_cast<std::size_t>(end - memory.data()) - 1);
+}
+
+/// The same by `slowText`.
+std::optional<std::string> slowPut(std::string_view text) {
+    const std::string slow = slowText(text);
+    if (slow != text && slow.substr(1, slow.size() - 2) != text) {
+        return std::nullopt;
+    }
+    return slow;
 }
 
 TEST(OldStyleTextAppend, EveryByteIsSeenAtEveryPlace) {
-    EXPECT_EQ(OldStyleText::quotingOf({}), OldStyleText::Quoting::Quoted);
-    std::array<std::array<OldStyleText::Quoting, 256>, 2> expected = {};
+    EXPECT_EQ(put({}), "\"\"");
+    // How a text stands that has this byte and that filling.
+    std::array<std::array<std::optional<std::string>, 256>, 2> expected = {};
     const std::string_view fillings = "a ";
     for (std::size_t byte = 0; byte < 256; ++byte) {
         for (std::size_t i = 0; i < fillings.size(); ++i) {
-            const std::string text = {fillings[i], static_cast<char>(byte)};
-            expected.at(i).at(byte) = slowQuoting(text);
+            expected.at(i).at(byte) = slowPut(std::string{fillings[i], static_cast<char>(byte)});
         }
     }
     for (std::size_t i = 0; i < fillings.size(); ++i) {
@@ -89,8 +101,13 @@ TEST(OldStyleTextAppend, EveryByteIsSeenAtEveryPlace) {
             for (std::size_t at = 0; at < length; ++at) {
                 for (std::size_t byte = 0; byte < 256; ++byte) {
                     text[at] = static_cast<char>(byte);
-                    ASSERT_EQ(OldStyleText::quotingOf(text), expected.at(i).at(byte))
+                    const auto& alike = expected.at(i).at(byte);
+                    const auto found = put(text);
+                    ASSERT_EQ(found.has_value(), alike.has_value())
                         << length << " " << at << " " << byte;
+                    if (found) {
+                        ASSERT_EQ(*found, alike->size() == 2 ? text : '"' + text + '"');
+                    }
                 }
                 text[at] = fillings[i];
             }
@@ -98,7 +115,7 @@ TEST(OldStyleTextAppend, EveryByteIsSeenAtEveryPlace) {
     }
     for (std::size_t byte = 0; byte < 256; ++byte) {
         const std::string text(1, static_cast<char>(byte));
-        EXPECT_EQ(OldStyleText::quotingOf(text), slowQuoting(text)) << byte;
+        EXPECT_EQ(put(text), slowPut(text)) << byte;
     }
 }
 
@@ -137,6 +154,15 @@ TEST(OldStyleTextAppend, BytesInGroupsOfFour) {
     OldStyleText::appendBytes(out, bytesOf("abcd"));
     OldStyleText::appendBytes(out, bytesOf("abcde"));
     EXPECT_EQ(out, "=<><61626364><61626364 65>");
+    for (std::size_t count = 0; count < 20; ++count) {
+        out.clear();
+        OldStyleText::appendBytes(out, Data(count));
+        EXPECT_EQ(out.size(), OldStyleText::lengthOfBytes(count));
+        std::string memory(out.size() + 1, '=');
+        const char* const end = OldStyleText::putBytes(memory.data(), Data(count));
+        EXPECT_EQ(end, memory.data() + out.size());
+        EXPECT_EQ(memory, out + "=");
+    }
 }
 
 } // namespace

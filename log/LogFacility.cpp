@@ -60,70 +60,68 @@ void alignWithPreferences() {
     set(gLogPackets, preferences.boolValue(packetsKey));
 }
 
-/// The local time as "20091231T235959".
-class DateText {
-  public:
-    explicit DateText(const LocalTime& time) {
-        if (time.year < 0 || time.year > 9999) {
-            for (const char c : format("%04d", time.year)) {
-                append(c);
-            }
-        } else {
-            append(time.year / 100);
-            append(time.year % 100);
-        }
-        append(time.month);
-        append(time.day);
-        append('T');
-        append(time.hour);
-        append(time.minute);
-        append(time.second);
+using DateMemory = std::array<char, 24>; // the most that a year may take is 11
+
+char* putTwoDigits(char* at, int number) {
+    const auto both = static_cast<unsigned>(number);
+    *at++ = static_cast<char>('0' + both / 10);
+    *at++ = static_cast<char>('0' + both % 10);
+    return at;
+}
+
+/// The local time as "20091231T235959", in the memory.
+std::string_view dateText(const LocalTime& time, DateMemory& memory) {
+    char* at = memory.data();
+    if (time.year < 0 || time.year > 9999) {
+        const std::string year = format("%04d", time.year);
+        at = std::copy(year.begin(), year.end(), at);
+    } else {
+        at = putTwoDigits(at, time.year / 100);
+        at = putTwoDigits(at, time.year % 100);
     }
-
-    [[nodiscard]] std::string_view text() const { return {text_.data(), size_}; }
-
-  private:
-    void append(char c) { text_[size_++] = c; }
-    void append(int twoDigits) {
-        append(static_cast<char>('0' + twoDigits / 10));
-        append(static_cast<char>('0' + twoDigits % 10));
-    }
-
-    std::array<char, 24> text_ = {}; // the most that a year may take is 11
-    std::size_t size_ = 0;
-};
+    at = putTwoDigits(at, time.month);
+    at = putTwoDigits(at, time.day);
+    *at++ = 'T';
+    at = putTwoDigits(at, time.hour);
+    at = putTwoDigits(at, time.minute);
+    at = putTwoDigits(at, time.second);
+    return {memory.data(), static_cast<std::size_t>(at - memory.data())};
+}
 
 std::string_view textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
 
 void log(LogHandler& handler, int type, const internal::LogSource& source, const Value* extra,
-         const Value* message2, const std::optional<std::string>& message) {
+         const Value* message2, const std::optional<std::string_view>& message) {
     if (type == 1 || type == 2) {
         handler.setWarningAndErrorFlag(true);
     }
-    LogFields fields;
-    fields.type = type;
-    fields.message = message;
-    fields.message2 = message2;
-    fields.sourceFile = lastPathComponent(textOrEmpty(source.sourceFile));
-    fields.sourceLine = source.sourceLine;
-    fields.function = textOrEmpty(source.function);
-    fields.module = textOrEmpty(source.module);
+    const std::string* extraText = nullptr;
+    const Data* data = nullptr;
     std::string description;
     if (extra != nullptr) {
-        if (const Data* data = extra->asData()) {
-            fields.data = isSet(gLogPackets) ? data : nullptr;
-        } else if (const std::string* text = extra->asString()) {
-            fields.extra = *text;
-        } else {
+        extraText = extra->asString();
+        data = extra->asData();
+        if (extraText == nullptr && data == nullptr) {
             description = extra->description();
-            fields.extra = description;
+            extraText = &description;
         }
     }
-    std::optional<DateText> date;
+    DateMemory dateMemory;
+    std::string_view date;
     if (isSet(gLogDates)) {
-        fields.date = date.emplace(Clock::current().localTime()).text();
+        date = dateText(Clock::current().localTime(), dateMemory);
     }
-    handler.logWithFields(fields);
+    handler.logWithFields(
+        {.type = type,
+         .message = message,
+         .message2 = message2,
+         .sourceFile = lastPathComponent(textOrEmpty(source.sourceFile)),
+         .sourceLine = source.sourceLine,
+         .function = textOrEmpty(source.function),
+         .module = textOrEmpty(source.module),
+         .extra = extraText == nullptr ? std::nullopt : std::optional<std::string_view>(*extraText),
+         .data = isSet(gLogPackets) ? data : nullptr,
+         .date = date});
 }
 
 } // namespace
@@ -184,14 +182,15 @@ void LogSeparator() { LogEtc(separatorType, nullptr, nullptr, nullptr); }
 void internal::logEnabledMessage(int type, const LogSource& source, const Value* extra,
                                  const Value* message2, const char* form,
                                  std::span<const FormatArgument> arguments) {
-    std::optional<std::string> message;
+    std::string storage;
+    std::optional<std::string_view> message;
     if (form != nullptr) {
-        message = formatWithArguments(form, arguments);
+        message = formatWithArguments(form, arguments, storage);
     }
     if (const std::shared_ptr<LogHandler> handler = LogHandler::defaultHandler()) {
         log(*handler, type, source, extra, message2, message);
     } else {
-        SystemLog::current().write(message ? std::string_view(*message) : "(null)");
+        SystemLog::current().write(message.value_or("(null)"));
     }
 }
 

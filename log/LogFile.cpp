@@ -26,6 +26,8 @@ constexpr std::size_t blockSize = 65536;
 constexpr std::size_t mostSmallBlocks = 16;
 constexpr std::size_t largeBlockSize = std::size_t{4} << 20;
 constexpr std::size_t mostSpareBlocks = 4;
+/// A larger packet gets a block of its own.
+constexpr std::size_t largestInBlock = blockSize / 4;
 /// A packet buffer that grew larger is not kept.
 constexpr std::size_t largestPacketKept = std::size_t{1} << 20;
 constexpr std::size_t largestPayload = std::numeric_limits<std::uint32_t>::max();
@@ -248,23 +250,39 @@ void LogFile::addFields(const LogFields& fields) {
         addItem(std::make_shared<const Record>(recordOf(fields)));
         return;
     }
+    const std::size_t most = roomForRecordText(fields);
+    const std::size_t head = LogPackets::headSize(most);
+    if (head + most < largestInBlock) {
+        char* const payload = reinterpret_cast<char*>(freeMemory(head + most + 1).data()) + head;
+        if (const char* const end = putRecordText(payload, fields)) {
+            const auto size = static_cast<std::size_t>(end - payload);
+            add(nullptr, use(LogPackets::wrapInPlace(payload, size)), size);
+            return;
+        }
+    }
     packet_.assign(LogPackets::mostHeadCharacters, ' ');
     appendRecordText(packet_, fields);
     addPacket(nullptr);
 }
 
+/// Adds what has been written into `packet_`.
 void LogFile::addPacket(RecordPtr record) {
     const std::size_t size = packet_.size() - LogPackets::mostHeadCharacters;
     if (size > largestPayload) {
         return;
     }
-    const std::size_t begin = LogPackets::wrapInPlace(packet_);
-    const std::string_view packet = keep(std::string_view(packet_).substr(begin));
-    mDictionaries.push_back(std::move(record));
-    mRawData.push_back(packet.substr(packet.size() - size - 1, size));
+    packet_ += '\n';
+    char* const payload = packet_.data() + LogPackets::mostHeadCharacters;
+    add(std::move(record), keep(LogPackets::wrapInPlace(payload, size)), size);
     if (packet_.capacity() > largestPacketKept) {
         packet_ = std::string();
     }
+}
+
+/// Adds a packet whose bytes stay where they are.
+void LogFile::add(RecordPtr record, std::string_view packet, std::size_t payloadSize) {
+    mDictionaries.push_back(std::move(record));
+    mRawData.push_back(packet.substr(packet.size() - payloadSize - 1, payloadSize));
     if (mFileHandle && isReadyToAppend()) {
         remains_ = appendPacket(*mFileHandle, packet);
     }
@@ -272,15 +290,19 @@ void LogFile::addPacket(RecordPtr record) {
 
 /// A copy that lives as long as the record.
 std::string_view LogFile::keep(std::string_view packet) {
-    if (packet.size() > room_) {
-        // A large packet gets a block of its own, in front of the one that still has room.
-        const bool isLarge = packet.size() > blockSize / 4;
-        if (isLarge) {
-            LargeBuffer block = newBlock(packet.size());
-            const std::span<std::byte> bytes = block.bytes();
-            blocks_.insert(blocks_.empty() ? blocks_.end() : blocks_.end() - 1, std::move(block));
-            return copyTo(bytes, packet);
-        }
+    if (packet.size() <= largestInBlock) {
+        return use(copyTo(freeMemory(packet.size()), packet));
+    }
+    // A large packet gets a block of its own, in front of the one that still has room.
+    LargeBuffer block = newBlock(packet.size());
+    const std::span<std::byte> bytes = block.bytes();
+    blocks_.insert(blocks_.empty() ? blocks_.end() : blocks_.end() - 1, std::move(block));
+    return copyTo(bytes, packet);
+}
+
+/// What is free of the last block, at least so many bytes; as much as is wanted is taken by `use`.
+std::span<std::byte> LogFile::freeMemory(std::size_t size) {
+    if (size > room_) {
         if (spareBlocks_.empty()) {
             blocks_.push_back(
                 newBlock(blocks_.size() < mostSmallBlocks ? blockSize : largeBlockSize));
@@ -290,9 +312,15 @@ std::string_view LogFile::keep(std::string_view packet) {
         }
         room_ = blocks_.back().bytes().size();
     }
-    const std::span<std::byte> free = blocks_.back().bytes().last(room_);
-    room_ -= packet.size();
-    return copyTo(free, packet);
+    return blocks_.back().bytes().last(room_);
+}
+
+/// Takes the free memory up to the end of a text that stands there.
+std::string_view LogFile::use(std::string_view text) {
+    const std::span<std::byte> block = blocks_.back().bytes();
+    const std::byte* const end = bytesOf(text).data() + text.size();
+    room_ = static_cast<std::size_t>(block.data() + block.size() - end);
+    return text;
 }
 
 /// The end of the file is that of a packet again.

@@ -102,7 +102,10 @@ class LogFile {
     void forgetEnd();
     bool isReadyToAppend();
     void addPacket(RecordPtr record);
+    void add(RecordPtr record, std::string_view packet, std::size_t payloadSize);
     std::string_view keep(std::string_view packet);
+    std::span<std::byte> freeMemory(std::size_t size);
+    std::string_view use(std::string_view text);
     bool replaceFile(std::string_view image);
     void keepOnly(std::string image);
 
@@ -117,10 +120,10 @@ class LogFile {
     std::optional<std::uint64_t> sizeWithoutTerminator_;
     char missingTerminator_ = '\n';
 
-    std::string packet_;              ///< The packet that is being made, behind room for its head.
-    LargeBuffer content_;             ///< What was read.
-    std::string image_;               ///< What was written last as a whole.
-    std::vector<LargeBuffer> blocks_; ///< What was added since.
+    std::string packet_;  ///< A packet that is being made elsewhere, behind room for its head.
+    LargeBuffer content_; ///< What was read.
+    std::string image_;   ///< What was written last as a whole.
+    std::vector<LargeBuffer> blocks_;      ///< What was added since.
     std::vector<LargeBuffer> spareBlocks_; ///< Of records that are gone.
     std::size_t room_ = 0;                 ///< Bytes that are free at the end of the last block.
 };

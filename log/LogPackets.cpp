@@ -93,17 +93,17 @@ Found find(std::string_view file) {
     return found;
 }
 
-std::size_t wrapInPlace(std::string& buffer) {
-    std::array<char, mostHeadCharacters + 10> head = {};
-    char* end =
-        std::to_chars(head.data(), head.data() + head.size(), buffer.size() - mostHeadCharacters)
-            .ptr;
-    *end++ = ' ';
-    const auto size = static_cast<std::size_t>(end - head.data());
-    const std::size_t begin = mostHeadCharacters - size;
-    std::memcpy(buffer.data() + begin, head.data(), size);
-    buffer += '\n';
-    return begin;
+std::string_view wrapInPlace(char* payload, std::size_t payloadSize) {
+    char* begin = payload;
+    *--begin = ' ';
+    std::size_t left = payloadSize;
+    do {
+        *--begin = static_cast<char>('0' + left % 10);
+        left /= 10;
+    } while (left != 0);
+    char* end = payload + payloadSize;
+    *end++ = '\n';
+    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 void append(std::string& out, std::string_view payload) {
@@ -115,12 +115,14 @@ void append(std::string& out, std::string_view payload) {
     out += '\n';
 }
 
-std::size_t sizeOf(std::size_t payloadSize) {
-    std::size_t size = payloadSize + 3;
+std::size_t headSize(std::size_t payloadSize) {
+    std::size_t size = 2;
     for (; payloadSize >= 10; payloadSize /= 10) {
         ++size;
     }
     return size;
 }
+
+std::size_t sizeOf(std::size_t payloadSize) { return headSize(payloadSize) + payloadSize + 1; }
 
 } // namespace tav::LogPackets

@@ -38,9 +38,11 @@ struct Found {
 /// The payloads of a file from its beginning to the first packet that is malformed, as views.
 [[nodiscard]] Found find(std::string_view file);
 
-/// Puts the head of a packet in front of a payload that begins at `mostHeadCharacters` and ends
-/// with the buffer, and the line feed behind it. Answers where the packet begins.
-std::size_t wrapInPlace(std::string& buffer);
+/// Makes the packet around a payload: its head goes into the characters in front, of which there
+/// are as many as `headSize` says or more, and the line feed behind it.
+std::string_view wrapInPlace(char* payload, std::size_t payloadSize);
+/// The characters in front of a payload: those of its length, and the blank.
+[[nodiscard]] std::size_t headSize(std::size_t payloadSize);
 
 /// One packet at the end of a buffer.
 void append(std::string& out, std::string_view payload);

@@ -125,9 +125,11 @@ TEST(LogPackets, APacketIsMadeAroundItsPayload) {
         LogPackets::append(out, payload);
         EXPECT_EQ(out, "before" + packet);
         EXPECT_EQ(LogPackets::sizeOf(size), packet.size());
-        std::string buffer = std::string(LogPackets::mostHeadCharacters, ' ') + payload;
-        const std::size_t begin = LogPackets::wrapInPlace(buffer);
-        EXPECT_EQ(buffer.substr(begin), packet);
+        const std::size_t head = packet.size() - size - 1;
+        EXPECT_EQ(LogPackets::headSize(size), head);
+        std::string buffer = "==" + std::string(head, ' ') + payload + " =";
+        EXPECT_EQ(LogPackets::wrapInPlace(buffer.data() + 2 + head, size), packet);
+        EXPECT_EQ(buffer, "==" + packet + "=");
     }
 }
 

@@ -2,31 +2,17 @@
 
 #include "base/OldStyleText.hpp"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 
 namespace tav {
 namespace {
 
 constexpr std::size_t mostEntries = 12;
 
-/// A number as it reads in the form.
-class NumberText {
-  public:
-    explicit NumberText(int number)
-        : end_(std::to_chars(digits_.data(), digits_.data() + digits_.size(), number).ptr) {}
-    NumberText(const NumberText&) = delete;
-    NumberText& operator=(const NumberText&) = delete;
-
-    [[nodiscard]] std::string_view text() const {
-        return {digits_.data(), static_cast<std::size_t>(end_ - digits_.data())};
-    }
-
-  private:
-    std::array<char, 12> digits_ = {};
-    char* end_;
-};
+/// More digits than a number has, and its sign.
+constexpr std::size_t mostDigits = 12;
 
 /// Appends entries one by one, whatever is in them.
 class AnyEntries {
@@ -36,6 +22,19 @@ class AnyEntries {
     void append(std::string_view begin, std::string_view text) {
         out_ += begin;
         OldStyleText::appendText(out_, text);
+        out_ += ";\n";
+    }
+
+    void append(std::string_view begin, int number) {
+        std::array<char, mostDigits> digits = {};
+        const char* const end =
+            std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+        append(begin, {digits.data(), static_cast<std::size_t>(end - digits.data())});
+    }
+
+    void append(std::string_view begin, const Data& data) {
+        out_ += begin;
+        OldStyleText::appendBytes(out_, data);
         out_ += ";\n";
     }
 
@@ -51,48 +50,61 @@ class PlainEntries {
 
     template <std::size_t size>
     void append(const char (&begin)[size], std::string_view text) {
-        const OldStyleText::Quoting quoting = OldStyleText::quotingOf(text);
-        if (!isWhole_ || quoting == OldStyleText::Quoting::Escaped) {
-            isWhole_ = false;
-            return;
+        if (at_ != nullptr) {
+            put(begin);
+            at_ = OldStyleText::putText(at_, text);
         }
-        put({begin, size - 1});
-        if (quoting == OldStyleText::Quoting::Bare) {
-            put(text);
-        } else {
-            *at_++ = '"';
-            put(text);
-            *at_++ = '"';
+        end();
+    }
+
+    template <std::size_t size>
+    void append(const char (&begin)[size], int number) {
+        if (number < 0) {
+            at_ = nullptr; // a sign wants quotes
         }
-        put(";\n");
+        if (at_ != nullptr) {
+            put(begin);
+            at_ = std::to_chars(at_, at_ + mostDigits, number).ptr;
+        }
+        end();
+    }
+
+    template <std::size_t size>
+    void append(const char (&begin)[size], const Data& data) {
+        if (at_ != nullptr) {
+            put(begin);
+            at_ = OldStyleText::putBytes(at_, data);
+        }
+        end();
     }
 
     /// Behind the last entry; null when there were others.
-    [[nodiscard]] char* end() const { return isWhole_ ? at_ : nullptr; }
+    [[nodiscard]] char* position() const { return at_; }
 
   private:
-    void put(std::string_view text) { at_ = std::copy(text.begin(), text.end(), at_); }
+    template <std::size_t size>
+    void put(const char (&literal)[size]) {
+        std::memcpy(at_, literal, size - 1);
+        at_ += size - 1;
+    }
+    void end() {
+        if (at_ != nullptr) {
+            put(";\n");
+        }
+    }
 
     char* at_;
-    bool isWhole_ = true;
 };
 
-/// More than names, blanks and quotes of all entries together take.
-constexpr std::size_t mostAroundTexts = std::size_t{12} * 32;
+/// More than names, blanks, quotes and numbers of all entries together take.
+constexpr std::size_t mostAroundTexts = mostEntries * 32;
 
-std::size_t roomFor(const LogFields& fields) {
-    std::size_t room = mostAroundTexts;
-    for (const std::string_view text :
-         {fields.message.value_or(""), fields.sourceFile, fields.function, fields.module,
-          fields.extra.value_or(""), fields.date}) {
-        room += text.size();
-    }
-    return room + (fields.message2 == nullptr ? 0 : fields.message2->asString()->size());
-}
-
-/// All entries behind the data. The keys ascend here as they do in the text.
+/// The keys ascend here as they do in the text.
 template <class Entries>
 void appendEntries(Entries& entries, const LogFields& fields) {
+    if (fields.data != nullptr) {
+        entries.append("    data = ", *fields.data);
+    }
     if (!fields.date.empty()) {
         entries.append("    date = ", fields.date);
     }
@@ -115,9 +127,9 @@ void appendEntries(Entries& entries, const LogFields& fields) {
         entries.append("    sourceFile = ", fields.sourceFile);
     }
     if (fields.sourceLine > 0) {
-        entries.append("    sourceLine = ", NumberText(fields.sourceLine).text());
+        entries.append("    sourceLine = ", fields.sourceLine);
     }
-    entries.append("    type = ", NumberText(fields.type).text());
+    entries.append("    type = ", fields.type);
 }
 
 } // namespace
@@ -162,23 +174,36 @@ bool isKeptByText(const LogFields& fields) {
 
 void appendRecordText(std::string& out, const LogFields& fields) {
     out += "{\n";
-    if (fields.data != nullptr) {
-        out += "    data = ";
-        OldStyleText::appendBytes(out, *fields.data);
-        out += ";\n";
-    }
-    const std::size_t begin = out.size();
-    out.resize(begin + roomFor(fields));
-    PlainEntries plain(out.data() + begin);
-    appendEntries(plain, fields);
-    if (const char* end = plain.end()) {
-        out.resize(static_cast<std::size_t>(end - out.data()));
-    } else {
-        out.resize(begin);
-        AnyEntries any(out);
-        appendEntries(any, fields);
-    }
+    AnyEntries entries(out);
+    appendEntries(entries, fields);
     out += '}';
+}
+
+char* putRecordText(char* at, const LogFields& fields) {
+    *at++ = '{';
+    *at++ = '\n';
+    PlainEntries entries(at);
+    appendEntries(entries, fields);
+    char* end = entries.position();
+    if (end != nullptr) {
+        *end++ = '}';
+    }
+    return end;
+}
+
+std::size_t roomForRecordText(const LogFields& fields) {
+    std::size_t room = mostAroundTexts + fields.sourceFile.size() + fields.function.size() +
+                       fields.module.size() + fields.date.size();
+    if (fields.message) {
+        room += fields.message->size();
+    }
+    if (fields.extra) {
+        room += fields.extra->size();
+    }
+    if (fields.message2 != nullptr) {
+        room += fields.message2->asString()->size();
+    }
+    return room + (fields.data == nullptr ? 0 : OldStyleText::lengthOfBytes(fields.data->size()));
 }
 
 Record recordOfText(const Record& read) {

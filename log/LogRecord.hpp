@@ -38,6 +38,11 @@ struct LogFields {
 [[nodiscard]] bool isKeptByText(const LogFields& fields);
 /// Appends the old-style text of `recordOf(fields)`. Only when `isKeptByText`.
 void appendRecordText(std::string& out, const LogFields& fields);
+/// The same into memory with room for it, of which the end is answered. Null, with some of it
+/// written, when a text has to be escaped.
+[[nodiscard]] char* putRecordText(char* at, const LogFields& fields);
+/// More than `putRecordText` takes. Only when `isKeptByText`.
+[[nodiscard]] std::size_t roomForRecordText(const LogFields& fields);
 /// The way back, from what the text was read as. Only when `isKeptByText` was so.
 [[nodiscard]] Record recordOfText(const Record& read);
 

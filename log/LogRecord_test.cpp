@@ -3,6 +3,7 @@
 #include "log/LogRecord.hpp"
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,6 +50,18 @@ TEST(LogRecord, WhatIsNotThereHasNoEntry) {
     EXPECT_EQ(recordOf({.type = 0, .sourceLine = -1}).size(), 1U);
 }
 
+/// What `putRecordText` writes, within the room that it asks for.
+std::optional<std::string> put(const LogFields& fields) {
+    std::string memory(roomForRecordText(fields), '=');
+    const char* const end = putRecordText(memory.data(), fields);
+    if (end == nullptr) {
+        return std::nullopt;
+    }
+    const auto size = static_cast<std::size_t>(end - memory.data());
+    EXPECT_LT(size, memory.size());
+    return memory.substr(0, size);
+}
+
 /// Every combination of fields, with texts of all kinds.
 TEST(LogRecord, TheTextIsThatOfTheDictionaryAndComesBackAsIt) {
     const std::vector<std::string> texts = {"word",
@@ -84,6 +97,8 @@ TEST(LogRecord, TheTextIsThatOfTheDictionaryAndComesBackAsIt) {
         std::string text;
         appendRecordText(text, fields);
         ASSERT_EQ(text, OldStyleText::write(record));
+        ASSERT_EQ(put(fields).value_or(text), text);
+        ASSERT_EQ(put(fields).has_value(), text.find('\\') == std::string::npos);
         const auto read = PropertyList::read(bytesOf(text), nullptr);
         ASSERT_TRUE(read && read->asDictionary() != nullptr) << text;
         const Record again = recordOfText(*read->asDictionary());
@@ -118,6 +133,25 @@ TEST(LogRecord, OneTextThatHasToBeEscapedChangesNothingAboutTheOthers) {
         appendRecordText(text, fields);
         EXPECT_EQ(text, "before" + OldStyleText::write(recordOf(fields))) << escaped;
     }
+}
+
+TEST(LogRecord, LongTextsAndNumbersArePutInTheirRoom) {
+    const std::string longText(3000, 'x');
+    const Value second = "-" + longText;
+    const Data data(1001);
+    const LogFields fields{.type = 2147483647,
+                           .message = longText,
+                           .message2 = &second,
+                           .sourceFile = longText,
+                           .sourceLine = 2147483647,
+                           .function = "",
+                           .module = "-",
+                           .extra = "",
+                           .data = &data,
+                           .date = longText};
+    EXPECT_EQ(put(fields), OldStyleText::write(recordOf(fields)));
+    EXPECT_EQ(put({.type = -1}), std::nullopt); // a sign stands in quotes
+    EXPECT_EQ(OldStyleText::write(recordOf({.type = -1})), "{\n    type = \"-1\";\n}");
 }
 
 TEST(LogRecord, ObjectsThatAreNoTextsAreNotKeptByIt) {
