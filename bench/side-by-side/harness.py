@@ -108,23 +108,24 @@ def crowd(count, folder):
 
 
 class Job:
-    def __init__(self, name, rounds=None):
-        self.name, self.rounds, self.peers = name, rounds or ROUNDS, []
+    def __init__(self, name, rounds=None, before=None):
+        """`before` is called before every run and is not measured."""
+        self.name, self.rounds, self.before, self.peers = name, rounds or ROUNDS, before, []
 
     def add(self, peer, command, expect=0, measures_itself=False):
         """A peer that `build` or `have` could not provide (command[0] is None) is left out. Lines
         "RESULT metric value" of one that measures itself become metrics; wall_ms and peak_rss_mb of
         the whole process are always taken. `expect`: an exit status that is as good as 0."""
-        if command[0] and not (ONLY and peer != "ours" and peer not in ONLY):
+        if command[0] and not (ONLY and not peer.startswith("ours") and peer not in ONLY):
             self.peers.append((peer, [str(word) for word in command], {0, expect}, measures_itself))
 
-    def ours(self, key, **fields):
+    def ours(self, key, peer="ours", measures_itself=True, **fields):
         """Adds our own program when BENCH_OURS_<key> holds a command; {name} in it is replaced by
         this job's data."""
         text = os.environ.get("BENCH_OURS_" + key)
         if text:
             command = [word.format(**fields) for word in shlex.split(text)]
-            self.add("ours", command, measures_itself=True)
+            self.add(peer, command, measures_itself=measures_itself)
         else:
             note(self.name + ": without ours, BENCH_OURS_" + key + " is not set")
 
@@ -136,6 +137,8 @@ class Job:
             for entry in list(self.peers):
                 peer, command, good, measures_itself = entry
                 target = output if measures_itself else "/dev/null"
+                if self.before:
+                    self.before()
                 ran = subprocess.run([timer, target, *command], capture_output=True, text=True)
                 told = ran.stdout.split()
                 status = int(told[4]) if len(told) == 5 else None

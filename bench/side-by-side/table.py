@@ -1,12 +1,14 @@
 """table.py FILE...: the measurements as tables, with the ratios of ours to every peer (below 1: we are
 faster, or smaller), by medians and by the least of each, and of everybody to the limit of the job.
-Status 1 when the control counts say that somebody skipped work."""
+Status 1 when the control counts say that somebody skipped work, or when what is limited is above its limit."""
 import json
 import sys
 
 # Counts that have to agree between the programs of a job, within that share.
-CONTROLS = {"bytes": 0, "found": 0, "nodes": 0, "processes": 0.02, "records": 0, "fields": 0, "entries": 0}
-OWN = ["ns_per_record", "pass_us", "pass_ms", "parse_ms", "write_ms", "valid_ns_per_name", "trans_ns_per_name"]
+CONTROLS = {"bytes": 0, "found": 0, "nodes": 0, "processes": 0.02, "records": 0, "fields": 0, "entries": 0, "files": 0}
+# What may not be more than so much.
+MOST = {"memory_growth_mb": 8}
+OWN = ["ns_per_record", "copy_ms", "us_per_file", "pass_us", "pass_ms", "parse_ms", "write_ms", "valid_ns_per_name", "trans_ns_per_name"]
 SHOWN = [*OWN, "wall_ms", "peak_rss_mb"]
 
 tables = {}
@@ -31,6 +33,11 @@ for job, metrics in tables.items():
         if metric == "found" and 0 in counts.values():
             print("  !! not found by everybody: %s" % counts)
             disagreements += 1
+    for metric, most in MOST.items():
+        for peer, entry in metrics.get(metric, {}).items():
+            if entry["max"] >= most:
+                print("  !! %s of %s is %.3g, not below %g" % (metric, peer, entry["max"], most))
+                disagreements += 1
     for metric in SHOWN:
         peers = metrics.get(metric, {})
         if metric == "wall_ms":
