@@ -314,7 +314,8 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     [[nodiscard]] FileInfoPtr zipToFolder(TavBaseFileInfo* folder) override;
     [[nodiscard]] std::optional<FileInfoArray> unzip() override;
 
-    /// Does not replace what stands there. 0, or -1 for every failure, another volume among them.
+    /// Does not replace what stands there. To another volume it is copied and then removed, as by
+    /// `movePath`. 0, or -1 for every failure; then the item keeps its path.
     Status moveTo(TavBaseFileInfo* destination) override;
     void setPath(std::string_view path) override;
     void refresh() override;

@@ -5,6 +5,7 @@
 #include "fileinfo/ListingFilters.hpp"
 #include "fileinfo/local/CachedAttributes.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
+#include "foundation/FileManager.hpp"
 #include "foundation/FolderTree.hpp"
 
 #include <limits>
@@ -48,7 +49,7 @@ Status TavMacFileInfo::moveTo(TavBaseFileInfo* destination) {
         return Status::Failure;
     }
     const std::string newPath = destination->path();
-    if (!FileSystem::current().move(path(), newPath, Replace::No).isNone()) {
+    if (movePath(path(), newPath) != Status::Success) {
         return Status::Failure;
     }
     setPath(newPath);

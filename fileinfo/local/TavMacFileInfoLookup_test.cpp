@@ -1,6 +1,9 @@
 #include "fileinfo/local/MacFileInfoFixture_test.hpp"
+#include "testing/OwnMounts.hpp"
 
 #include <cerrno>
+
+#include <sys/mount.h>
 
 namespace tav {
 namespace {
@@ -93,6 +96,62 @@ TEST_F(LookupTest, MovingTakesThePathAndReplacesNothing) {
     EXPECT_EQ(item->path(), "/e/c");
 }
 
+TEST_F(LookupTest, MovingWithinAVolumeTakesOneCall) {
+    memory.addFile("/d/a", "1");
+    const Item item = at("/d/a");
+    const Item destination = at("/d/b");
+    EXPECT_EQ(callsOf([&] { EXPECT_EQ(item->moveTo(destination.get()), Status::Success); }),
+              Calls{"move /d/a /d/b"});
+    EXPECT_EQ(callsOf([&] { EXPECT_EQ(item->moveTo(at("/gone/b").get()), Status::Failure); }),
+              Calls{"move /d/b /gone/b"});
+}
+
+TEST_F(LookupTest, MovingToAnotherVolumeTakesEverythingAlong) {
+    memory.addVolume("/volume");
+    memory.addFile("/d/e/f", "content");
+    memory.addLink("/d/l", "e/f");
+    ASSERT_TRUE(memory.setModificationDate("/d/e/f", Date(5)).isNone());
+    const Item item = at("/d");
+    ASSERT_TRUE(item->isFolder());
+    EXPECT_EQ(item->moveTo(at("/volume/moved").get()), Status::Success);
+    EXPECT_EQ(item->path(), "/volume/moved");
+    EXPECT_TRUE(item->isFolder());
+    EXPECT_FALSE(at("/d")->exists());
+    EXPECT_EQ(at("/volume/moved/e/f")->size(), 7U);
+    EXPECT_EQ(memory.attributes("/volume/moved/e/f").value().modificationDate, Date(5));
+    EXPECT_EQ(memory.linkTarget("/volume/moved/l").value(), "e/f");
+}
+
+TEST_F(LookupTest, AMoveToAnotherVolumeThatFailsChangesNothing) {
+    memory.addVolume("/volume");
+    memory.addFile("/d/f", "content");
+    memory.addFile("/volume/there", "old");
+    const Item item = at("/d/f");
+    EXPECT_EQ(item->moveTo(at("/volume/there").get()), Status::Failure);
+    EXPECT_EQ(item->moveTo(at("/volume/gone/f").get()), Status::Failure);
+    for (std::size_t call = 1;; ++call) {
+        files.restartCount();
+        files.failCall(call, EIO);
+        const Status status = item->moveTo(at("/volume/f").get());
+        const bool failed = files.callCount() >= call;
+        files.failCall(0, 0);
+        if (!failed) {
+            EXPECT_EQ(status, Status::Success);
+            EXPECT_EQ(item->path(), "/volume/f");
+            break;
+        }
+        ASSERT_LT(call, 100U);
+        if (status == Status::Success) { // what failed had another way
+            ASSERT_EQ(item->moveTo(at("/d/f").get()), Status::Success);
+        }
+        EXPECT_EQ(item->path(), "/d/f") << call;
+        EXPECT_EQ(memory.attributes("/d/f").value().size, 7U) << call;
+        memory.removeAll("/volume/f");
+    }
+    EXPECT_EQ(at("/volume/there")->size(), 3U);
+    EXPECT_FALSE(at("/d/f")->exists());
+}
+
 TEST_F(LookupTest, RemovingAFileAFolderAndALink) {
     memory.addFile("/d/e/f", "");
     memory.addFile("/g", "");
@@ -134,6 +193,33 @@ TEST_F(LookupTest, RemovingFailsAtEveryCallWithoutLyingAboutIt) {
             break;
         }
     }
+}
+
+TEST_F(LookupOnDiskTest, MovingToAnotherVolume) {
+    addFolder("volume");
+    addFolder("d");
+    addFile("d/f", "1");
+    const int end = runWithOwnMounts([&] {
+        if (::mount("none", folder.path("volume").c_str(), "tmpfs", 0, "size=1m") != 0) {
+            return cannotMount;
+        }
+        const Item item = in("d");
+        if (item->moveTo(in("volume/e").get()) != Status::Success ||
+            item->path() != folder.path("volume/e") || in("d")->exists()) {
+            return 1;
+        }
+        if (!in("volume/e/f")->isFile() || in("volume/e/f")->size() != 1) {
+            return 2;
+        }
+        return item->moveTo(in("d").get()) == Status::Success && in("d/f")->isFile() &&
+                       !in("volume/e")->exists()
+                   ? passed
+                   : 3;
+    });
+    if (end == cannotMount) {
+        GTEST_SKIP() << "mounts need root";
+    }
+    EXPECT_EQ(end, passed);
 }
 
 TEST_F(LookupOnDiskTest, RemovingAndMoving) {
