@@ -27,6 +27,10 @@ namespace tav {
 
 class TavBaseFileInfo;
 
+namespace internal {
+class ItemCopy;
+}
+
 /// An item, null for nil.
 using FileInfoPtr = std::shared_ptr<TavBaseFileInfo>;
 using FileInfoArray = std::vector<FileInfoPtr>;
@@ -257,6 +261,7 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
 
     // Copying
 
+    // The short forms ask for no unique name and no progress.
     virtual Status copyTo(TavBaseFileInfo* destination);
     virtual Status copyTo(TavBaseFileInfo* destination, FileInfoPtr* outNewItem);
     /// Copies the whole file through memory, under a name that may be taken: -50 unless this is a
@@ -264,6 +269,29 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     /// (it is written to all the same), -207 when that write fails.
     virtual Status copyTo(TavBaseFileInfo* destination, std::string_view withName,
                           FileInfoPtr* outNewItem);
+    /// Copies this file in chunks, between any two back-ends, to a destination that names a folder
+    /// to copy into, a file to be replaced or one to be made; see docs/copying.md. Statuses are
+    /// those of `CopyStatus`. The delegate hears of every chunk, on this thread, and its answer
+    /// becomes the flag that `cancelCopy` sets, which is looked at before each chunk. The out item,
+    /// when it is not null, becomes the new file, or the destination where there is none; after
+    /// -200 and -201, and after an exception outside the chunks, it is left as it was.
+    ///
+    /// What it does not promise, and `CopyOptions` do:
+    /// - The destination is removed before the copy begins; after a failure it is gone. A FILE
+    ///   COPIED ONTO ITSELF, or into its own folder under its own name, IS LOST.
+    /// - What a read or write failure leaves is moved into place all the same, under the status of
+    ///   the failure, and a source that has become shorter is copied as it is, with 0.
+    /// - Whether the whole file could be moved into place is not looked at: the out item tells,
+    ///   which has kept the temporary name then.
+    /// - The temporary file "QuillboxCopyFile.tmp" is one for every copy into a folder: two at a
+    ///   time spoil each other.
+    /// - Sizes and ranges have 32 bits: OF A LOCAL FILE OF 5 GiB, 1 GiB IS COPIED, with 0.
+    /// - When a back-end raises while the copy is prepared, the destination is removed as it is by
+    ///   then, which may be the folder itself.
+    ///
+    /// Raises for a source whose device drives copies. Otherwise what a back-end or delegate raises
+    /// is answered as a status; an exception of another kind than `Exception` reaches the caller,
+    /// with the temporary file gone.
     virtual Status copyTo(TavBaseFileInfo* destination, bool ensureUniqueName,
                           const ProgressDelegate* withProgress, void* userData,
                           FileInfoPtr* outNewItem);
@@ -322,6 +350,8 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     bool _deviceControlsCopy = false;
 
   private:
+    friend class internal::ItemCopy;
+
     struct OldState;
     OldState& oldState();
     std::unique_ptr<OldState> old_;

@@ -1,4 +1,4 @@
-// Contents and the plain copies, in terms of the primitives.
+// Contents, in terms of the primitives.
 
 #include "fileinfo/TavBaseFileInfo.hpp"
 #include "fileinfo/VerboseLog.hpp"
@@ -8,10 +8,6 @@
 namespace tav {
 
 namespace {
-
-/// What `copyTo` with a name answers beside success and a bad parameter.
-constexpr Status couldNotWriteNamedCopy{-207};
-constexpr Status namedCopyIsNoFile{-208};
 
 /// The range in 32 bits, where it has room in them.
 std::optional<FileRange> narrowRange(WholeFileRange range) {
@@ -92,72 +88,6 @@ FileInfoPtr TavBaseFileInfo::createFile(std::string_view name, BytesView content
 FileInfoPtr TavBaseFileInfo::createFile(std::string_view name, BytesView contents,
                                         const Value::Dictionary* attributes) {
     return createFile(name, contents, attributes, false, nullptr, nullptr);
-}
-
-Status TavBaseFileInfo::copyTo(TavBaseFileInfo* destination) {
-    return copyTo(destination, false, nullptr, nullptr, nullptr);
-}
-
-Status TavBaseFileInfo::copyTo(TavBaseFileInfo* destination, FileInfoPtr* outNewItem) {
-    return copyTo(destination, false, nullptr, nullptr, outNewItem);
-}
-
-Status TavBaseFileInfo::copyTo(TavBaseFileInfo* destination, std::string_view withName,
-                               FileInfoPtr* outNewItem) {
-    if (!exists() || !isFile() || destination == nullptr) {
-        return Status::BadParameter;
-    }
-    FileInfoPtr folder;
-    if (destination->isFolder()) {
-        folder = destination->shared_from_this();
-    } else if (destination->isFile()) {
-        folder = destination->parentFolder();
-    } else {
-        return Status::BadParameter;
-    }
-    FileInfoPtr copy = folder ? folder->find(withName) : nullptr;
-    const Data contents = fileContents().value_or(Data());
-    Status status = Status::Success;
-    if (copy && copy->exists()) {
-        if (!copy->isFile()) {
-            status = namedCopyIsNoFile;
-        }
-        if (!copy->setFileContents(contents)) {
-            status = couldNotWriteNamedCopy;
-        }
-    } else {
-        copy = folder ? folder->createFile(withName, contents, nullptr, true) : nullptr;
-    }
-    if (outNewItem != nullptr) {
-        *outNewItem = std::move(copy);
-    }
-    return status;
-}
-
-Status TavBaseFileInfo::copyTo(TavBaseFileInfo* /*destination*/, bool /*ensureUniqueName*/,
-                               const ProgressDelegate* /*withProgress*/, void* /*userData*/,
-                               FileInfoPtr* /*outNewItem*/) {
-    return Status::Failure;
-}
-
-Status TavBaseFileInfo::copyTo(TavBaseFileInfo* /*destination*/, bool /*ensureUniqueName*/,
-                               const ProgressDelegate* /*withProgress*/, void* /*userData*/,
-                               FileInfoPtr* /*outNewItem*/, const CopyOptions& /*options*/) {
-    return Status::Failure;
-}
-
-bool TavBaseFileInfo::cloneRange(FileRange /*range*/, OpenFileToken* /*readFileUserData*/,
-                                 TavBaseFileInfo* /*destination*/,
-                                 OpenFileToken* /*writeFileUserData*/) {
-    return false;
-}
-
-CopySupport* TavBaseFileInfo::copySupport() { return nullptr; }
-
-Status TavBaseFileInfo::copyFromFile(TavBaseFileInfo* /*source*/, bool /*ensureUniqueName*/,
-                                     const ProgressDelegate* /*withProgress*/, void* /*userData*/,
-                                     FileInfoPtr* /*outNewItem*/) {
-    return Status::Failure;
 }
 
 } // namespace tav

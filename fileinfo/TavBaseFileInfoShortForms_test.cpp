@@ -114,7 +114,7 @@ TEST(ShortForms, OfTheDeviceIdentifierDoNotMakeIt) {
     EXPECT_EQ(item->UDID(true), "made");
 }
 
-TEST(BaseItem, HasNoSavedStateAndNoCopyEngine) {
+TEST(BaseItem, HasNoSavedState) {
     const FileInfoPtr item = TavBaseFileInfo::fileInfo();
     EXPECT_EQ(item->savedInfo(), std::nullopt);
     EXPECT_EQ(item->syncCriteria(), std::nullopt);
@@ -122,7 +122,12 @@ TEST(BaseItem, HasNoSavedStateAndNoCopyEngine) {
     EXPECT_FALSE(TavBaseFileInfo::savedFileInfoIsSimilarToSavedInfo(&record, &record));
     EXPECT_EQ(item->UDID(), std::nullopt);
     EXPECT_EQ(item->UDID(true), std::nullopt);
-    EXPECT_EQ(item->copyTo(item.get()), Status::Failure);
+}
+
+TEST(BaseItem, DoesNotExistAndCannotBeCopied) {
+    const FileInfoPtr item = TavBaseFileInfo::fileInfo();
+    EXPECT_EQ(item->copyTo(item.get()), Status{-200});
+    EXPECT_EQ(item->copyTo(nullptr), Status{-200});
 }
 
 TEST(BaseItem, ACopyIsCancelledByAFlagAndNeedsNoReserve) {

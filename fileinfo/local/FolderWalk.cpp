@@ -4,6 +4,7 @@
 #include "base/Format.hpp"
 #include "base/Unicode.hpp"
 #include "fileinfo/ItemAllocation.hpp"
+#include "fileinfo/ItemCopy.hpp"
 #include "fileinfo/VerboseLog.hpp"
 #include "fileinfo/local/ErrorText.hpp"
 #include "platform/Localization.hpp"

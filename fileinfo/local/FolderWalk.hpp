@@ -11,9 +11,6 @@
 
 namespace tav::internal {
 
-/// The copy engine's temporary file.
-inline constexpr std::string_view copyFileName = "QuillboxCopyFile.tmp";
-
 /// One listing of a folder: reads its names once, makes an item of each and asks the filter.
 ///
 /// An item's kind comes with its name, so that no question goes to the file system for it unless it
