@@ -87,10 +87,10 @@ TavFileInfoArray TavFileInfo::folderContentsWithFilter(TavFileInfoFilter* filter
 
 void TavFileInfo::folderContentsWithFilter(TavFileInfoFilter* filter, TavFileInfoArray* withArray,
                                            bool* stopAccumulating) {
-    if (withArray == nullptr || !isFolder() || !exists()) {
+    if (withArray == nullptr || !isFolder()) {
         return;
     }
-    const std::string own = path();
+    const std::string own = path(); // of a folder that is gone nothing is listed
     const FolderListing names = internal::namesIn(own);
     for (const FolderListing::Entry entry : names) {
         TavFileInfoPtr item = itemIn(own, entry.name);

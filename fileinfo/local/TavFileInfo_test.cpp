@@ -2,8 +2,7 @@
 #include "base/KeyedUnarchiver.hpp"
 #include "base/PropertyList.hpp"
 #include "fileinfo/local/ArchivedLocalFileInfos.hpp"
-#include "fileinfo/local/MacFileInfoFixture_test.hpp"
-#include "fileinfo/local/TavFileInfo.hpp"
+#include "fileinfo/local/TavFileInfoFixture_test.hpp"
 
 #include <array>
 #include <cstdlib>
@@ -12,10 +11,7 @@
 namespace tav {
 namespace {
 
-class TavFileInfoTest : public MacFileInfoInMemory {
-  protected:
-    static TavFileInfoPtr older(OptionalText path) { return TavFileInfo::fileInfoWithPath(path); }
-};
+using TavFileInfoTest = TavFileInfoInMemory;
 
 TEST_F(TavFileInfoTest, PathsAreStandardised) {
     EXPECT_EQ(older("/a/../b/./c//d/")->path(), "/b/c/d");
