@@ -141,11 +141,15 @@ SystemError removeListedTree(const FolderTree& tree) {
     return files.removeFolder(tree.path);
 }
 
-SystemError removeItem(std::string_view path) {
-    // A slash behind a link would stand for what the link leads to.
+std::string_view internal::withoutTrailingSlashes(std::string_view path) {
     while (path.size() > 1 && path.ends_with('/')) {
         path.remove_suffix(1);
     }
+    return path;
+}
+
+SystemError removeItem(std::string_view path) {
+    path = internal::withoutTrailingSlashes(path);
     const auto there = FileSystem::current().attributes(path);
     if (!there.ok()) {
         return there.error();

@@ -43,6 +43,8 @@ Result<FolderTree> listFolderTree(std::string_view path);
 namespace internal {
 /// Fills a tree whose only folder so far is this one.
 SystemError listInnerFolders(FolderTree& tree, std::unique_ptr<OpenFolder> first);
+/// The path of what stands there itself: a slash behind a link stands for what it leads to.
+[[nodiscard]] std::string_view withoutTrailingSlashes(std::string_view path);
 } // namespace internal
 
 /// Removes what was listed and nothing else: each folder after its entries, the first at last; of a

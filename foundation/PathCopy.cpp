@@ -13,14 +13,7 @@ namespace {
 
 using internal::ItemCopier;
 using internal::TreeCopy;
-
-/// A slash behind a link would stand for what the link leads to.
-std::string_view withoutTrailingSlashes(std::string_view path) {
-    while (path.size() > 1 && path.ends_with('/')) {
-        path.remove_suffix(1);
-    }
-    return path;
-}
+using internal::withoutTrailingSlashes;
 
 /// One copy of an item, from its beginning to the removal of the source.
 class PathCopy {

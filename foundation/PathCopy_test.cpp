@@ -1,5 +1,7 @@
 #include "foundation/PathCopy_test.hpp"
 
+#include "testing/ForkedProcess.hpp"
+
 #include <algorithm>
 
 #include <sys/resource.h>
@@ -268,6 +270,27 @@ TEST_P(CopyPath, SomebodyElsesFilesInTheNewFolderAreNotTakenAway) {
     EXPECT_EQ(namesIn("to"), Names{"theirs"});
 }
 
+TEST_P(CopyPath, UntilEverythingIsThereOnlyTheOwnerMayEnter) {
+    makeSource();
+    setPermissions("from", 0777);
+    faulty.restartCount();
+    EXPECT_EQ(copy("from", "counted"), Status::Success);
+    const std::size_t calls = faulty.callCount();
+    std::size_t looks = 0;
+    faulty.restartCount();
+    for (std::size_t call = 1; call < calls; ++call) {
+        faulty.atCall(call, [&] {
+            if (stands("to")) {
+                EXPECT_EQ(attributesOf("to").permissions, 0700U);
+                ++looks;
+            }
+        });
+    }
+    EXPECT_EQ(copy("from", "to"), Status::Success);
+    EXPECT_EQ(attributesOf("to").permissions, 0777U);
+    EXPECT_GT(looks, 20U);
+}
+
 class CopyPathOnDisk : public CopyPath {
   protected:
     void refuses(std::string_view name) {
@@ -318,6 +341,36 @@ TEST_P(CopyPathOnDisk, AHoleStaysAHole) {
     ASSERT_EQ(::truncate(path("from").c_str(), 1U << 20U), 0);
     EXPECT_EQ(copy("from", "hole"), Status::Success);
     EXPECT_TRUE(read("hole") == std::string(1U << 20U, '\0'));
+}
+
+TEST_P(CopyPathOnDisk, WhatItsOwnerMayNotWriteToComesAndGoes) {
+    setPermissions(".", 0777);
+    EXPECT_EQ(runForked([&] {
+                  if (::geteuid() == 0 && ::seteuid(65534) != 0) {
+                      return 1;
+                  }
+                  makeSource();
+                  const Picture before = pictureOf("from");
+                  for (std::size_t call = 1; call < 1000; ++call) {
+                      faulty.restartCount();
+                      faulty.failCall(call, EDQUOT);
+                      const Status status = copy("from", "to");
+                      const bool isReached = faulty.callCount() >= call;
+                      faulty.failCall(0, 0);
+                      if (pictureOf("from") != before) {
+                          return 2;
+                      }
+                      if (status != Status::Success && stands("to")) {
+                          return 3;
+                      }
+                      if (!isReached) {
+                          return status == Status::Success && pictureOf("to") == before ? 0 : 4;
+                      }
+                      removeAll("to");
+                  }
+                  return 5;
+              }),
+              ProcessEnd());
 }
 
 class CopyPathInMemory : public testing::Test {
