@@ -240,6 +240,16 @@ class TavFileInfo : public Coding, public std::enable_shared_from_this<TavFileIn
                                             const Value::Dictionary* attributes,
                                             bool ensureUniqueName);
 
+    // Copying
+
+    /// Without the new item.
+    Status copyTo(TavFileInfo* destination);
+    /// As `copyPath` does it, under the item's own name in the destination, or in the folder that
+    /// it lies in when it is a file; nothing is replaced. -50 when there is nothing to copy, and
+    /// then the pointer's item stays what it was; -1 for every other failure, with null for the new
+    /// item. The pointer may be null.
+    Status copyTo(TavFileInfo* destination, TavFileInfoPtr* outNewItem);
+
     // Changing
 
     /// One level only: a folder that is there is answered as it is, for a file it is null.

@@ -1,9 +1,10 @@
-// Contents of older items.
+// Contents and copies of older items.
 
 #include "fileinfo/UniqueName.hpp"
 #include "fileinfo/local/CachedAttributes.hpp"
 #include "fileinfo/local/FileCreation.hpp"
 #include "fileinfo/local/TavFileInfo.hpp"
+#include "foundation/FileManager.hpp"
 
 #include <cerrno>
 #include <limits>
@@ -67,6 +68,30 @@ TavFileInfoPtr TavFileInfo::createFile(std::string_view name, BytesView contents
         }
     }
     return nullptr;
+}
+
+Status TavFileInfo::copyTo(TavFileInfo* destination) { return copyTo(destination, nullptr); }
+
+Status TavFileInfo::copyTo(TavFileInfo* destination, TavFileInfoPtr* outNewItem) {
+    if (!exists()) {
+        return Status::BadParameter;
+    }
+    TavFileInfoPtr folder;
+    if (destination != nullptr && destination->isFolder()) {
+        folder = destination->shared_from_this();
+    } else if (destination != nullptr && destination->isFile()) {
+        folder = destination->parentFolder();
+    }
+    const std::string from = path(); // before the name, which may be another one by now
+    TavFileInfoPtr target = folder ? folder->find(name()) : nullptr;
+    if (target && copyPath(from, target->path()) != Status::Success) {
+        target.reset();
+    }
+    const Status status = target ? Status::Success : Status::Failure;
+    if (outNewItem != nullptr) {
+        *outNewItem = std::move(target);
+    }
+    return status;
 }
 
 } // namespace tav

@@ -141,5 +141,96 @@ TEST_F(OlderContents, ANameThatIsTakenMeanwhileIsNotOverwritten) {
     }
 }
 
+// Copies
+
+class OlderCopies : public TavFileInfoInMemory {
+  protected:
+    OlderCopies() {
+        memory.addFile("/from/file", "content");
+        memory.addFile("/from/folder/inner", "deep");
+        memory.addLink("/from/link", "file");
+        memory.addFolder("/to");
+        memory.addFile("/to/there", "before");
+    }
+};
+
+TEST_F(OlderCopies, AFileGoesIntoAFolderUnderItsName) {
+    TavFileInfoPtr copied;
+    EXPECT_EQ(older("/from/file")->copyTo(older("/to").get(), &copied), Status::Success);
+    ASSERT_NE(copied, nullptr);
+    EXPECT_EQ(copied->path(), "/to/file");
+    EXPECT_EQ(textIn(copied), "content");
+    EXPECT_EQ(textIn(older("/from/file")), "content");
+}
+
+TEST_F(OlderCopies, WithoutANewItem) {
+    EXPECT_EQ(older("/from/file")->copyTo(older("/to").get()), Status::Success);
+    EXPECT_EQ(textIn(older("/to/file")), "content");
+    EXPECT_EQ(older("/from/folder")->copyTo(older("/to").get(), nullptr), Status::Success);
+    EXPECT_EQ(textIn(older("/to/folder/inner")), "deep") << "folders go whole";
+}
+
+TEST_F(OlderCopies, BesideAFile) {
+    TavFileInfoPtr copied;
+    EXPECT_EQ(older("/from/file")->copyTo(older("/to/there").get(), &copied), Status::Success);
+    EXPECT_EQ(copied->path(), "/to/file");
+}
+
+TEST_F(OlderCopies, ALinkIsCopiedAsALinkAndLeadsIntoAFolder) {
+    TavFileInfoPtr copied;
+    memory.addLink("/toLink", "/to");
+    EXPECT_EQ(older("/from/link")->copyTo(older("/toLink").get(), &copied), Status::Success);
+    EXPECT_EQ(copied->path(), "/toLink/link");
+    EXPECT_EQ(memory.linkTarget("/to/link").value(), "file");
+}
+
+TEST_F(OlderCopies, NothingToCopyIsABadParameter) {
+    const TavFileInfoPtr before = older("/before");
+    TavFileInfoPtr copied = before;
+    EXPECT_EQ(older("/missing")->copyTo(older("/to").get(), &copied), Status::BadParameter);
+    EXPECT_EQ(copied, before) << "left alone";
+    EXPECT_EQ(older(nullptr)->copyTo(older("/to").get()), Status::BadParameter);
+}
+
+TEST_F(OlderCopies, NowhereToCopyToIsAFailure) {
+    TavFileInfoPtr copied = older("/before");
+    EXPECT_EQ(older("/from/file")->copyTo(older("/missing").get(), &copied), Status::Failure);
+    EXPECT_EQ(copied, nullptr);
+    copied = older("/before");
+    EXPECT_EQ(older("/from/file")->copyTo(nullptr, &copied), Status::Failure);
+    EXPECT_EQ(copied, nullptr);
+    EXPECT_EQ(older("/from/file")->copyTo(nullptr), Status::Failure);
+    EXPECT_FALSE(older("/missing")->exists());
+}
+
+TEST_F(OlderCopies, NothingIsReplaced) {
+    memory.addFile("/to/file", "before");
+    TavFileInfoPtr copied = older("/before");
+    EXPECT_EQ(older("/from/file")->copyTo(older("/to").get(), &copied), Status::Failure);
+    EXPECT_EQ(copied, nullptr);
+    EXPECT_EQ(textIn(older("/to/file")), "before");
+    EXPECT_EQ(older("/from/file")->copyTo(older("/from").get()), Status::Failure) << "onto itself";
+    EXPECT_EQ(older("/from")->copyTo(older("/from/folder").get()), Status::Failure)
+        << "into itself";
+}
+
+TEST_F(OlderCopies, AFailureLeavesNothing) {
+    memory.isReadOnly = true;
+    EXPECT_EQ(older("/from/file")->copyTo(older("/to").get()), Status::Failure);
+    memory.isReadOnly = false;
+    memory.capacity = 20;
+    EXPECT_EQ(older("/from")->copyTo(older("/to").get()), Status::Failure);
+    EXPECT_FALSE(older("/to/from")->exists());
+}
+
+TEST_F(OlderCopies, AFileWithAnotherNameMeanwhileIsCopiedUnderThat) {
+    const TavFileInfoPtr item = older("/from/file");
+    ASSERT_TRUE(item->exists());
+    ASSERT_TRUE(memory.move("/from/file", "/from/renamed", Replace::No).isNone());
+    TavFileInfoPtr copied;
+    EXPECT_EQ(item->copyTo(older("/to").get(), &copied), Status::Success);
+    EXPECT_EQ(copied->path(), "/to/renamed");
+}
+
 } // namespace
 } // namespace tav
