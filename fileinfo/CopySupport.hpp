@@ -45,12 +45,14 @@ class CopySupport {
     virtual Status syncFolder(TavBaseFileInfo& folder) = 0;
     /// Lets the next reads ask the medium; a hint.
     virtual void forgetCached(OpenFileToken& token) = 0;
-    /// Of the file itself; nothing for what is not there.
+    /// Of the file itself, through links as its content; nothing for what is not there or cannot be
+    /// read.
     virtual std::optional<FileMetadata> metadata(TavBaseFileInfo& file) = 0;
     /// Gives the file what its volume has a place for. Answers the first failure, with all tried.
     virtual Status setMetadata(TavBaseFileInfo& file, const FileMetadata& metadata) = 0;
-    /// The next stretch at or behind an offset that is no hole; nothing when there is none up to
-    /// the end, or when the file cannot be asked any more.
+    /// The next stretch at or behind an offset that is no hole, which may end behind the end of the
+    /// file; nothing when there is none up to the end, or when the token has no open file. Where it
+    /// cannot be told, everything counts as data: reading it tells what is wrong.
     virtual std::optional<WholeFileRange> nextData(OpenFileToken& reading,
                                                    std::uint64_t offset) = 0;
     /// Cuts the file, or grows it by a hole.

@@ -14,6 +14,10 @@ namespace {
 /// Of extended attributes, those that any user may have and copy.
 constexpr std::string_view userAttributes = "user.";
 
+/// The bits by which a program runs as its file's user or group. A copy belongs to whoever copies,
+/// in whose name it is not to run.
+constexpr std::uint32_t runsAsOwnerOrGroup = 06000;
+
 Status statusOf(SystemError error) {
     switch (error.number()) {
     case 0:
@@ -114,7 +118,7 @@ std::optional<FileMetadata> LocalCopySupport::metadata(TavBaseFileInfo& file) {
         return std::nullopt;
     }
     FileMetadata metadata;
-    metadata.permissions = found.value().permissions;
+    metadata.permissions = found.value().permissions & ~runsAsOwnerOrGroup;
     const FileKind kind = found.value().kind;
     // Pipes, sockets and devices have none of the user's.
     if ((kind == FileKind::Regular || kind == FileKind::Folder) &&

@@ -15,7 +15,8 @@ class LocalCopySupport final : public CopySupport {
     Status syncContents(OpenFileToken& written) override;
     Status syncFolder(TavBaseFileInfo& folder) override;
     void forgetCached(OpenFileToken& token) override;
-    /// What a link leads to has them, as it has the content.
+    /// What a link leads to has them, as it has the content. The permission to run as the file's
+    /// user or group (the bits 06000) is left out: the copy has another one.
     std::optional<FileMetadata> metadata(TavBaseFileInfo& file) override;
     Status setMetadata(TavBaseFileInfo& file, const FileMetadata& metadata) override;
     std::optional<WholeFileRange> nextData(OpenFileToken& reading, std::uint64_t offset) override;

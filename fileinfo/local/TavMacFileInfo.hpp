@@ -78,7 +78,8 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
 
     /// Makes every folder that is missing on the way; the deepest one, or null.
     [[nodiscard]] static FileInfoPtr fileInfoCreateFolderWithFullPath(std::string_view path);
-    /// The same for all but the last component, which is made as an empty file.
+    /// The same for all but the last component, which is made as an empty file. One that is there
+    /// IS EMPTIED; null where a folder is.
     [[nodiscard]] static FileInfoPtr fileInfoCreateFileWithFullPath(std::string_view path);
     /// One item a path, in their order.
     [[nodiscard]] static FileInfoArray
@@ -263,12 +264,15 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     bool remove() override;
 
     // Contents. Tokens hold the open file; a token of another back-end, one that is closed and null
-    // have none.
+    // have none. Any local item takes the token of any other. A class that reads or writes ranges
+    // in a way of its own overrides those of 64 bits and `cloneRange`, too: they go straight to the
+    // file.
 
     /// Null when it is no regular file that can be opened.
     [[nodiscard]] std::shared_ptr<OpenFileToken> openFileForReading() override;
     /// Null when there is no such file. ITS CONTENT IS GONE as soon as it is open.
     [[nodiscard]] std::shared_ptr<OpenFileToken> openFileForWriting() override;
+    /// What was learned of a file that was open for writing is forgotten.
     void closeFile(OpenFileToken* token) override;
     /// As many bytes of the range as the file has; nothing without an open file, and when the read
     /// fails.
@@ -278,6 +282,7 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     /// the location is made longer by zeros. -1 without an open file, and when the write fails.
     Status setFileContentsWithRange(BytesView data, FileRange range,
                                     OpenFileToken* writeFileUserData) override;
+    /// Of an alias that of what it leads to, as its ranges are those.
     [[nodiscard]] std::uint64_t wholeSize() override;
     [[nodiscard]] std::optional<Data>
     fileContentsWithWholeRange(WholeFileRange range, OpenFileToken* readFileUserData) override;
@@ -287,11 +292,24 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
                     OpenFileToken* writeFileUserData) override;
     [[nodiscard]] CopySupport* copySupport() override;
     using TavPathBasedFileInfo::setFileContents;
+    /// The whole content; nothing for what is no file that can be read. A delegate is told after
+    /// every chunk of a file that is longer than one. When it asks to stop, the rest of the answer
+    /// is zeros; a caller who does so has no use for it. Chunks end at `size`, so that a delegate
+    /// gets 1 GiB of a file of 5 GiB; what was cut off meanwhile is missing from the answer.
     [[nodiscard]] std::optional<Data> fileContentsWithProgress(const ProgressDelegate* progress,
                                                                void* userData) override;
+    /// Writes the whole content in place: links lead on, other names of the file show it, too. Not
+    /// atomic; after a failure a part may be there. A delegate is told after every chunk of data
+    /// longer than one; when it asks to stop, the file keeps the chunks so far, and the answer is
+    /// true. False with a line in the log for an item that does not exist or is a folder.
     bool setFileContents(BytesView data, const ProgressDelegate* withProgress,
                          void* userData) override;
     using TavPathBasedFileInfo::createFile;
+    /// Makes a child, or for a file a sibling, with attributes by their names (those of `attribute`
+    /// that can be set), of which nobody is told. A file that has the name is rewritten, attributes
+    /// left alone, unless the name is to be unique; then it is that of `uniqueFilename`, and nobody
+    /// else's file is touched. Null, with a line in the log, when a folder is in the way. An item
+    /// is answered also where nothing could be made or written: ask it whether it exists.
     [[nodiscard]] FileInfoPtr createFile(std::string_view name, BytesView contents,
                                          const Value::Dictionary* attributes, bool ensureUniqueName,
                                          const ProgressDelegate* withProgress,
@@ -300,10 +318,25 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     // Copies. The one in pieces, with progress, is that of every item.
 
     using TavPathBasedFileInfo::copyTo;
+    /// Under the name that the item has.
     Status copyTo(TavBaseFileInfo* destination) override;
     Status copyTo(TavBaseFileInfo* destination, FileInfoPtr* outNewItem) override;
+    /// Copies a file, a link or a folder with all that is in it into a folder (that of a file) by
+    /// the file manager (`copyPath`). -50 when this does not exist or the destination is neither.
+    /// -1 and null for every failure, among them something that has the name already. To an item
+    /// of another back-end it goes as from any item.
     Status copyTo(TavBaseFileInfo* destination, std::string_view withName,
                   FileInfoPtr* outNewItem) override;
+    /// Copies the content and both dates onto another file, which is made when it is missing, with
+    /// the folders on the way. THE CONTENT OF ONE THAT IS THERE IS GONE as soon as it is open, and
+    /// the file with it when the copy fails. Nothing happens when both are one file.
+    ///
+    /// The delegate is told before and after the writing of each chunk, and of 100 percent in the
+    /// end, whose answer does not count. Every failure is raised: "copyToFile" with the reason, and
+    /// "File copy canceled" after `cancelCopy`, also when that came before. The destination is
+    /// removed then, and whatever else a delegate raises is handed on. What counts is `size`: of
+    /// 5 GiB 1 GiB is copied, of an alias as many bytes as its text has. A source that becomes
+    /// shorter meanwhile makes a shorter copy.
     virtual void copyToFile(TavBaseFileInfo* destination, const ProgressDelegate* withProgress,
                             void* userData);
 

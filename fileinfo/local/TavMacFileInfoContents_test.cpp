@@ -154,7 +154,7 @@ TEST_F(LocalContentsTest, ADelegateThatDoesNotAnswerTheReportIsNone) {
     const Item item = at("/a");
     progress.writingContentsForFile = nullptr;
     EXPECT_TRUE(item->setFileContents(bytesOf(longText(chunk + 2)), &progress, nullptr));
-    EXPECT_EQ(contentOf("/a"), longText(chunk + 2));
+    EXPECT_TRUE(contentOf("/a") == longText(chunk + 2));
     EXPECT_EQ(reports, Reports{});
 }
 
@@ -276,7 +276,7 @@ TEST_F(LocalContentsTest, ReportsTheWritingOfEveryChunk) {
     int user = 0;
     EXPECT_EQ(item->size(), 3U);
     EXPECT_TRUE(item->setFileContents(bytesOf(text), &progress, &user));
-    EXPECT_EQ(contentOf("/a"), text);
+    EXPECT_TRUE(contentOf("/a") == text);
     constexpr auto total = static_cast<std::uint32_t>(2 * chunk + 5);
     EXPECT_EQ(reports, (Reports{{chunk, total}, {2 * chunk, total}, {total, total}}));
     EXPECT_EQ(items.front(), item.get());
@@ -307,7 +307,7 @@ TEST_F(LocalContentsTest, AStoppedWriteKeepsTheChunksSoFar) {
     const Item item = at("/a");
     const ProgressDelegate progress = delegate(2);
     EXPECT_TRUE(item->setFileContents(bytesOf(longText(4 * chunk)), &progress, nullptr));
-    EXPECT_EQ(contentOf("/a"), longText(2 * chunk));
+    EXPECT_TRUE(contentOf("/a") == longText(2 * chunk));
     EXPECT_EQ(item->size(), 2 * chunk);
     EXPECT_EQ(reports.size(), 2U);
 }
@@ -318,7 +318,7 @@ TEST_F(LocalContentsTest, WhatADelegateRaisesWhileWritingGoesToTheCaller) {
     progress.writingContentsForFile = [](auto&&...) -> bool { throw std::runtime_error("enough"); };
     EXPECT_THROW(at("/a")->setFileContents(bytesOf(longText(2 * chunk)), &progress, nullptr),
                  std::runtime_error);
-    EXPECT_EQ(contentOf("/a"), longText(chunk));
+    EXPECT_TRUE(contentOf("/a") == longText(chunk));
 }
 
 TEST_F(LocalContentsTest, AWriteThatFailsIsTold) {
@@ -483,7 +483,7 @@ TEST_F(LocalContentsTest, NoProgressIsToldOfANewFile) {
     const std::string text = longText(2 * chunk);
     static_cast<void>(at("/")->createFile("a", bytesOf(text), nullptr, false, &progress, nullptr));
     static_cast<void>(at("/")->createFile("a", bytesOf(text), nullptr, true, &progress, nullptr));
-    EXPECT_EQ(contentOf("/a-1"), text);
+    EXPECT_TRUE(contentOf("/a-1") == text);
     EXPECT_EQ(reports, Reports{});
 }
 
