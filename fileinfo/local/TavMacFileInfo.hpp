@@ -340,11 +340,24 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     virtual void copyToFile(TavBaseFileInfo* destination, const ProgressDelegate* withProgress,
                             void* userData);
 
-    // Archives, by programs of the host
+    // Archives, by programs of the host (docs/platform.md), which are waited for. Nothing where the
+    // item does not exist or the program is missing. How a program ended is not told. Each uses one
+    // place in the temporary folder: two at the same time disturb each other.
 
+    /// The bytes of a zip archive with the item under its whole path, by zip. The archive stays in
+    /// "OrvaneTemp/temp.zip" in the temporary folder, and replaces that of before.
     [[nodiscard]] std::optional<Data> zip() override;
+    /// The same with the item under its name, by ditto or bsdtar.
     [[nodiscard]] std::optional<Data> ditto() override;
+    /// Packs the item, like `ditto`, into the folder, under its name with the extension "zip"; A
+    /// FILE OF THAT NAME IS REMOVED FIRST. The archive's item, whether or not it was made; null for
+    /// no folder.
     [[nodiscard]] FileInfoPtr zipToFolder(TavBaseFileInfo* folder) override;
+    /// Unpacks this zip archive into "OrvaneUnzip-N" in the temporary folder, where N are sixtieths
+    /// of a second since start-up: what is at the top level then. THE FOLDER IS EMPTIED FIRST, also
+    /// of what was unpacked in the same sixtieth. It stays; the caller removes it. Nothing in it
+    /// leads out of it; of an archive that would fill the volume, or that is none, nothing is
+    /// there.
     [[nodiscard]] std::optional<FileInfoArray> unzip() override;
 
     /// Does not replace what stands there. To another volume it is copied and then removed, as by
