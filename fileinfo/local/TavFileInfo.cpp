@@ -33,7 +33,7 @@ void TavFileInfo::initX() {
 }
 
 TavFileInfoPtr TavFileInfo::withPath(OptionalText path, bool resolveAliases) {
-    const auto item = internal::allocateItem<TavFileInfo>();
+    auto item = internal::allocateItem<TavFileInfo>();
     if (!path.isNil()) {
         item->itsPath_ = stringByStandardizingPath(*path);
     }
@@ -45,7 +45,7 @@ TavFileInfoPtr TavFileInfo::withPath(OptionalText path, bool resolveAliases) {
 
 /// The item of that name in a folder. No tilde is expanded: it would be a name.
 TavFileInfoPtr TavFileInfo::itemIn(std::string_view folder, std::string_view name) {
-    const auto item = internal::allocateItem<TavFileInfo>();
+    auto item = internal::allocateItem<TavFileInfo>();
     constexpr std::string_view noHomeFolder;
     item->itsPath_ =
         tav::stringByStandardizingPath(stringByAppendingPathComponent(folder, name), noHomeFolder);
@@ -77,7 +77,7 @@ TavFileInfoPtr TavFileInfo::fileInfoResolveAliasesWithURL(const Url* url) {
 }
 
 TavFileInfoPtr TavFileInfo::withFileRef(const FileRef* reference, bool resolveAliases) {
-    const TavFileInfoPtr item =
+    TavFileInfoPtr item =
         withPath(reference != nullptr ? pathFromFileRef(*reference) : std::nullopt, false);
     if (reference != nullptr) {
         item->itsFileRef_ = *reference;
@@ -124,7 +124,7 @@ TavFileInfoArray TavFileInfo::fileInfoArrayFromPathsArray(std::span<const std::s
 }
 
 TavFileInfoPtr TavFileInfo::copy() {
-    const auto copied = internal::allocateItem<TavFileInfo>();
+    auto copied = internal::allocateItem<TavFileInfo>();
     copied->itsPath_ = itsPath_;
     copied->fileRefWithError(nullptr);
     copied->folderAliasValid_ = folderAliasValid_;

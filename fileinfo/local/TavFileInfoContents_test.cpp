@@ -134,6 +134,7 @@ TEST_F(OlderContents, ANameThatIsTakenMeanwhileIsNotOverwritten) {
         files.atCall(call, [&] { memory.addFile("/f/probe", "somebody else's"); });
         const TavFileInfoPtr made = older("/f")->createFile("probe", bytesOf("x"), nullptr, true);
         ASSERT_NE(made, nullptr);
+        EXPECT_NE(textIn(older("/f/probe")), "x") << call;
         if (made->name() != "probe") {
             EXPECT_EQ(textIn(older("/f/probe")), "somebody else's") << call;
             EXPECT_EQ(textIn(made), "x") << call;
@@ -173,6 +174,7 @@ TEST_F(OlderCopies, WithoutANewItem) {
 TEST_F(OlderCopies, BesideAFile) {
     TavFileInfoPtr copied;
     EXPECT_EQ(older("/from/file")->copyTo(older("/to/there").get(), &copied), Status::Success);
+    ASSERT_NE(copied, nullptr);
     EXPECT_EQ(copied->path(), "/to/file");
 }
 

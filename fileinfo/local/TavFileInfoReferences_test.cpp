@@ -139,6 +139,7 @@ TEST_F(OlderReferences, AnAliasIsWhatItLeadsTo) {
     EXPECT_TRUE(older("/toFolder")->isFolder());
     EXPECT_TRUE(older("/toFile")->isAlias());
     EXPECT_TRUE(older("/toFile")->isFile());
+    ASSERT_NE(older("/chain")->aliasTarget(), nullptr);
     EXPECT_EQ(older("/chain")->aliasTarget()->path(), "/folder/file");
     EXPECT_EQ(older("/chain")->resolvedFileInfo()->path(), "/folder/file");
     EXPECT_EQ(older("/chain")->resolvedPath(), "/folder/file");

@@ -251,6 +251,20 @@ TEST_F(TavFileInfoTest, AnArchiveHoldsThePathAloneUnderItsKey) {
     EXPECT_EQ(items, 1);
 }
 
+TEST_F(TavFileInfoTest, AnItemThatIsFilledFromAnArchiveForgetsWhatItWas) {
+    memory.addFile("/old", "123");
+    memory.addFolder("/new");
+    KeyedArchiver archiver;
+    older("/new")->encodeWithCoder(archiver);
+    const Data archive = archiver.finishEncoding();
+    const TavFileInfoPtr item = older("/old");
+    ASSERT_TRUE(item->isFile());
+    KeyedUnarchiver unarchiver(archive);
+    item->initWithCoder(unarchiver);
+    EXPECT_EQ(item->path(), "/new");
+    EXPECT_TRUE(item->isFolder());
+}
+
 TEST_F(TavFileInfoTest, ReadsAnArchiveThatWasWrittenByHand) {
     const std::string_view archive = R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict>
