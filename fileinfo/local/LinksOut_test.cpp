@@ -65,6 +65,9 @@ TEST_F(LinksOutTest, BehindWhatIsNoFolderNothingLeadsUp) {
     EXPECT_FALSE(stays("l", "f/.."));
     EXPECT_FALSE(stays("l", "missing/.."));
     EXPECT_FALSE(stays("l", "missing/../f"));
+    memory.addFolder("/x/u/d/e");
+    EXPECT_FALSE(stays("d/e/l", "missing/.."));
+    EXPECT_FALSE(stays("d/e/l", "../../f/../d"));
     memory.addLink("/x/u/broken", "missing");
     EXPECT_FALSE(stays("l", "broken/../f"));
 }
