@@ -13,35 +13,14 @@ namespace tav::internal {
 
 namespace {
 
+constexpr std::uint64_t largest32 = std::numeric_limits<std::uint32_t>::max();
+
 /// What suits both ends. None would never come to an end, and a range has 32 bits.
-std::uint64_t chunkSize(const OpenCopy& copy) {
+std::uint64_t chunkSizeOf(const OpenCopy& copy) {
     constexpr std::uint64_t usual = 8192;
-    constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
     const std::uint64_t preferred = copy.source.preferredChunkSize();
     const std::uint64_t both = std::min(preferred, copy.temporaryFile.preferredChunkSize());
-    return both == 0 ? usual : std::min(both, largest);
-}
-
-void throwIfCancelled(const OpenCopy& copy, const CopyListener& listener, Status& status) {
-    if (listener.isCancelled.load(std::memory_order_relaxed)) {
-        status = CopyStatus::cancelled;
-        throw Exception("File copy canceled",
-                        tav::format(localizedString("copying file \"%@\" was canceled"),
-                                    copy.source.humanFriendlyPath()));
-    }
-}
-
-Status copyRange(const OpenCopy& copy, FileRange range) {
-    if (copy.source.cloneRange(range, copy.reading, &copy.temporaryFile, copy.writing)) {
-        return Status::Success;
-    }
-    std::optional<Data> chunk = copy.source.fileContentsWithRange(range, copy.reading);
-    if (!chunk) {
-        return CopyStatus::chunkNotRead;
-    }
-    const Status status = copy.temporaryFile.setFileContentsWithRange(*chunk, range, copy.writing);
-    copy.reading->giveBack(std::move(*chunk));
-    return status;
+    return both == 0 ? usual : std::min(both, largest32);
 }
 
 /// The order of the steps, in single precision, is what everybody sees.
@@ -49,25 +28,156 @@ float percentOf(std::uint64_t done, std::uint64_t total) {
     return static_cast<float>(done) * 100.0F / static_cast<float>(total);
 }
 
+FileRange narrow(WholeFileRange range) { // wraps, on purpose
+    return {static_cast<std::uint32_t>(range.location), static_cast<std::uint32_t>(range.length)};
+}
+
 } // namespace
 
-void copyChunks(const OpenCopy& copy, const CopyListener& listener, Status& status) {
-    const std::uint64_t total = copy.source.size();
-    const std::uint64_t largest = chunkSize(copy);
+ChunkCopy::ChunkCopy(const OpenCopy& copy, const CopyListener& listener, const ChunkRules& rules)
+    : copy_(copy), listener_(listener), rules_(rules),
+      total_(rules.isWhole ? copy.source.wholeSize() : copy.source.size()),
+      chunkSize_(chunkSizeOf(copy)) {}
+
+void ChunkCopy::copy(Status& status) {
+    const bool hasHoles = rules_.holesOfSource != nullptr && rules_.holesOfCopy != nullptr;
     std::uint64_t offset = 0;
-    while (status == Status::Success && offset != total) {
-        throwIfCancelled(copy, listener, status);
-        const std::uint64_t length = std::min(largest, total - offset);
-        status = copyRange(copy, {static_cast<std::uint32_t>(offset), // wraps, on purpose
-                                  static_cast<std::uint32_t>(length)});
-        offset += length;
-        if (status == Status::Success && listener.delegate != nullptr) {
-            listener.isCancelled.store(
-                listener.delegate->copyingFile(copy.source, copy.temporaryFile,
-                                               percentOf(offset, total), listener.userData),
-                std::memory_order_relaxed);
+    while (status == Status::Success && offset != total_) {
+        throwIfCancelled(status);
+        const WholeFileRange range{offset, std::min(chunkSize_, total_ - offset)};
+        status = hasHoles ? copyWithHoles(range) : copyRange(range);
+        offset += range.length;
+        if (status == Status::Success && (offset != total_ || !rules_.reportsEndLater)) {
+            report(offset);
         }
     }
+    if (status == Status::Success && hasHoles && written_ != total_) {
+        status = endWithHole();
+    }
+}
+
+void ChunkCopy::compare(OpenFileToken* readingBack, Status& status) {
+    for (std::uint64_t offset = 0; status == Status::Success && offset != total_;) {
+        throwIfCancelled(status);
+        const WholeFileRange range{offset, std::min(chunkSize_, total_ - offset)};
+        std::optional<Data> chunk = copy_.source.fileContentsWithWholeRange(range, copy_.reading);
+        std::optional<Data> copied =
+            copy_.temporaryFile.fileContentsWithWholeRange(range, readingBack);
+        if (!chunk || chunk->size() != range.length) {
+            status = CopyStatus::chunkNotRead;
+        } else if (chunk != copied) {
+            status = CopyStatus::notVerified;
+        } else {
+            copy_.reading->giveBack(std::move(*chunk));
+            readingBack->giveBack(std::move(*copied));
+        }
+        offset += range.length;
+    }
+    if (status == Status::Success) {
+        const WholeFileRange behind{total_, 1};
+        const bool isLonger = !copy_.source.fileContentsWithWholeRange(behind, copy_.reading)
+                                   .value_or(Data())
+                                   .empty();
+        const bool copyIsLonger =
+            !copy_.temporaryFile.fileContentsWithWholeRange(behind, readingBack)
+                 .value_or(Data())
+                 .empty();
+        status = isLonger || copyIsLonger ? CopyStatus::notVerified : Status::Success;
+    }
+}
+
+void ChunkCopy::reportEnd() {
+    if (total_ != 0) {
+        report(total_);
+    }
+}
+
+void ChunkCopy::throwIfCancelled(Status& status) {
+    if (listener_.isCancelled.load(std::memory_order_relaxed)) {
+        status = CopyStatus::cancelled;
+        throw Exception("File copy canceled",
+                        tav::format(localizedString("copying file \"%@\" was canceled"),
+                                    copy_.source.humanFriendlyPath()));
+    }
+}
+
+void ChunkCopy::report(std::uint64_t done) {
+    if (listener_.delegate != nullptr) {
+        listener_.isCancelled.store(
+            listener_.delegate->copyingFile(copy_.source, copy_.temporaryFile,
+                                            percentOf(done, total_), listener_.userData),
+            std::memory_order_relaxed);
+    }
+}
+
+Status ChunkCopy::copyRange(WholeFileRange range) {
+    if (clone(range)) {
+        return Status::Success;
+    }
+    std::optional<Data> chunk = read(range);
+    if (!chunk || (rules_.isExact && chunk->size() != range.length)) {
+        return CopyStatus::chunkNotRead;
+    }
+    const Status status = write(*chunk, range);
+    copy_.reading->giveBack(std::move(*chunk));
+    return status;
+}
+
+/// Of a chunk only what is no hole.
+Status ChunkCopy::copyWithHoles(WholeFileRange range) {
+    const std::uint64_t end = range.location + range.length;
+    for (std::uint64_t offset = range.location; offset < end;) {
+        if (stretch_.location + stretch_.length <= offset) {
+            const std::optional<WholeFileRange> next =
+                rules_.holesOfSource->nextData(*copy_.reading, offset);
+            // Behind the last one there is nothing up to the end, however often it is asked.
+            stretch_ = next && next->location >= offset && next->length != 0
+                           ? WholeFileRange{next->location,
+                                            std::min(next->length,
+                                                     std::numeric_limits<std::uint64_t>::max() -
+                                                         next->location)}
+                           : WholeFileRange{total_, 1};
+        }
+        const std::uint64_t begin = std::max(offset, stretch_.location);
+        offset = std::min(end, stretch_.location + stretch_.length);
+        if (begin >= end) {
+            break;
+        }
+        const Status status = copyRange({begin, offset - begin});
+        if (status != Status::Success) {
+            return status;
+        }
+        written_ = offset;
+    }
+    return Status::Success;
+}
+
+/// A source that has become shorter has no hole at its old end: its last byte is looked at.
+Status ChunkCopy::endWithHole() {
+    const WholeFileRange lastByte{total_ - 1, 1};
+    const std::optional<Data> last = read(lastByte);
+    if (!last || last->size() != 1) {
+        return CopyStatus::chunkNotRead;
+    }
+    const Status status = rules_.holesOfCopy->setLength(*copy_.writing, total_);
+    return status == Status::NotSupported ? write(*last, lastByte) : status;
+}
+
+std::optional<Data> ChunkCopy::read(WholeFileRange range) {
+    return rules_.isWhole ? copy_.source.fileContentsWithWholeRange(range, copy_.reading)
+                          : copy_.source.fileContentsWithRange(narrow(range), copy_.reading);
+}
+
+Status ChunkCopy::write(BytesView data, WholeFileRange range) {
+    return rules_.isWhole
+               ? copy_.temporaryFile.setFileContentsWithWholeRange(data, range, copy_.writing)
+               : copy_.temporaryFile.setFileContentsWithRange(data, narrow(range), copy_.writing);
+}
+
+bool ChunkCopy::clone(WholeFileRange range) {
+    return (!rules_.isWhole || range.location <= largest32) &&
+           copy_.source.cloneRange(narrow(range), copy_.reading, &copy_.temporaryFile,
+                                   copy_.writing);
 }
 
 } // namespace tav::internal

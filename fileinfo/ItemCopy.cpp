@@ -30,25 +30,59 @@ void removeQuietly(const FileInfoPtr& item) {
 
 } // namespace
 
+Status ItemCopy::copy(TavBaseFileInfo& source, TavBaseFileInfo* destination, bool ensureUniqueName,
+                      const ProgressDelegate* progress, void* userData, FileInfoPtr* outNewItem,
+                      const CopyOptions& options) {
+    source._cancelCopy.store(false, std::memory_order_relaxed);
+    if (!source.exists()) {
+        return CopyStatus::sourceMissing;
+    }
+    if (!source.isFile()) {
+        return CopyStatus::sourceIsNoFile;
+    }
+    const bool destinationControls = destination != nullptr && destination->deviceControlsCopy();
+    const bool sourceControls = source.deviceControlsCopy();
+    if (destinationControls && sourceControls) {
+        throw Exception("TavBaseFileInfo",
+                        "File info objects are not yet able to perform this sort of copy.");
+    }
+    if (destinationControls) {
+        return options == CopyOptions() ? destination->copyFromFile(&source, ensureUniqueName,
+                                                                    progress, userData, outNewItem)
+                                        : Status::NotSupported; // who drives it knows of no options
+    }
+    if (sourceControls) {
+        throw Exception("TavBaseFileInfo",
+                        "Subclass of TavBaseFileInfo must override this method to perform the "
+                        "copy.");
+    }
+    // Whoever hears of the copy may let go of both.
+    const FileInfoPtr kept = source.shared_from_this();
+    return ItemCopy(source, destination != nullptr ? destination->shared_from_this() : nullptr,
+                    ensureUniqueName, progress, userData, options)
+        .run(outNewItem);
+}
+
 ItemCopy::ItemCopy(TavBaseFileInfo& source, FileInfoPtr destination, bool ensureUniqueName,
-                   const ProgressDelegate* progress, void* userData)
+                   const ProgressDelegate* progress, void* userData, const CopyOptions& options)
     : source_(source), destination_(std::move(destination)), ensureUniqueName_(ensureUniqueName),
       progress_(progress != nullptr && progress->copyingFile ? progress : nullptr),
-      userData_(userData) {}
+      userData_(userData), options_(options), hasOptions_(options != CopyOptions()),
+      isAllOrNothing_(options.keepsDestination || options.verifies) {}
 
 Status ItemCopy::run(FileInfoPtr* outNewItem) {
-    CleanUp abandon([this] {
+    CleanUp abandoned([this] {
         if (isToBeRemoved_) {
-            removeQuietly(destination_);
+            abandon();
         }
     });
     try {
         copy();
-        abandon.dismiss();
+        abandoned.dismiss();
     } catch (const Exception& exception) {
-        abandon.dismiss();
+        abandoned.dismiss();
         logRaised(exception);
-        removeQuietly(destination_);
+        abandon();
         if (status_ == Status::Success) {
             status_ = CopyStatus::raised;
         }
@@ -60,15 +94,40 @@ Status ItemCopy::run(FileInfoPtr* outNewItem) {
     return status_;
 }
 
+/// What an exception leaves that came from outside the chunks.
+void ItemCopy::abandon() {
+    if (isAllOrNothing_ && !newItem_) {
+        removeQuietly(temporaryFile_);
+    }
+    if (!options_.keepsDestination) {
+        removeQuietly(destination_);
+    }
+}
+
 void ItemCopy::copy() {
-    prepareDestination();
+    if (hasOptions_ && !canBegin()) {
+        return;
+    }
+    if (!options_.keepsDestination) {
+        prepareDestination();
+    } else if (!chooseDestination()) {
+        return;
+    }
     folder_ = destination_ ? destination_->parentFolder() : nullptr;
-    removeLeftover();
+    if (!options_.keepsDestination) {
+        removeLeftover();
+    }
+    isToBeRemoved_ = true;
     if (!hasRoom()) {
         logVerbose("There is not enough room to copy \"%@\".", source_.humanFriendlyPath());
         status_ = CopyStatus::noRoom;
     } else if (makeTemporaryFile()) {
         transfer();
+    } else if (isAllOrNothing_ && temporaryFile_) {
+        if (reading_) {
+            closeSource();
+        }
+        temporaryFile_->remove();
     }
 }
 
@@ -95,19 +154,24 @@ void ItemCopy::removeLeftover() {
 
 bool ItemCopy::hasRoom() {
     const std::uint64_t free = destination_ ? destination_->freeSpaceOnVolume() : 0;
-    const std::uint64_t size = source_.size();
+    const std::uint64_t size = options_.isWhole ? source_.wholeSize() : source_.size();
     const std::uint64_t kept = folder_ ? folder_->_freeSpaceToKeepOnVolume() : 0;
-    return free >= size + kept; // the sum wraps, on purpose
+    const std::uint64_t needed = size + kept; // wraps, on purpose
+    return free >= needed && free - needed >= options_.freeSpaceFloor;
 }
 
 bool ItemCopy::makeTemporaryFile() {
-    temporaryFile_ =
-        folder_ ? folder_->createFile(copyFileName, {}, nullptr, false, progress_, userData_)
-                : nullptr;
+    if (options_.keepsDestination) {
+        temporaryFile_ = makeOwnTemporaryFile();
+    } else if (folder_) {
+        temporaryFile_ =
+            folder_->createFile(copyFileName, {}, nullptr, false, progress_, userData_);
+    }
     if (!exists(temporaryFile_)) {
         status_ = CopyStatus::noTemporaryFile;
         return false;
     }
+    narrowPermissions();
     reading_ = source_.openFileForReading();
     if (!reading_) {
         status_ = CopyStatus::sourceNotOpened;
@@ -125,15 +189,28 @@ void ItemCopy::transfer() {
     isToBeRemoved_ = false;
     CleanUp discard([this] {
         closeTemporaryFile();
-        temporaryFile_->remove();
+        if (!hasOptions_ || !newItem_) {
+            temporaryFile_->remove();
+        }
         closeSource();
     });
     try {
-        copyChunks({source_, reading_.get(), *temporaryFile_, writing_.get()},
-                   {progress_, userData_, source_._cancelCopy}, status_);
-        closeTemporaryFile();
-        closeSource();
-        putInPlace();
+        ChunkRules rules{options_.isWhole, hasOptions_, options_.isDurable || options_.verifies,
+                         nullptr, nullptr};
+        if (options_.carriesHoles) {
+            rules.holesOfSource = source_.copySupport();
+            rules.holesOfCopy = support_;
+        }
+        ChunkCopy chunks({source_, reading_.get(), *temporaryFile_, writing_.get()},
+                         {progress_, userData_, source_._cancelCopy}, rules);
+        chunks.copy(status_);
+        if (hasOptions_) {
+            finish(chunks);
+        } else {
+            closeTemporaryFile();
+            closeSource();
+            putInPlace();
+        }
         discard.dismiss();
     } catch (const Exception& exception) {
         logRaised(exception);
@@ -148,9 +225,13 @@ void ItemCopy::transfer() {
 /// in the way is not looked at either; the copy stays under its temporary name then.
 void ItemCopy::putInPlace() {
     static_cast<void>(temporaryFile_->moveTo(destination_.get()));
+    giveDates();
+    newItem_ = temporaryFile_;
+}
+
+void ItemCopy::giveDates() {
     temporaryFile_->setCreationDate(source_.creationDate());
     temporaryFile_->setModificationDate(source_.modificationDate());
-    newItem_ = temporaryFile_;
 }
 
 void ItemCopy::closeTemporaryFile() { temporaryFile_->closeFile(writing_.get()); }

@@ -3,24 +3,31 @@
 #include "fileinfo/TavBaseFileInfo.hpp"
 
 #include <memory>
+#include <optional>
 #include <string_view>
 
 namespace tav::internal {
+
+class ChunkCopy;
 
 /// The name that a copy has in the destination's folder while it grows. Listings of local folders
 /// remove what was left behind under it.
 inline constexpr std::string_view copyFileName = "QuillboxCopyFile.tmp";
 
-/// One copy of a file by `copyTo`, through what all items can do. Made, run once, thrown away.
+/// One copy of a file by `copyTo`, through what all items can do.
 class ItemCopy {
   public:
-    ItemCopy(TavBaseFileInfo& source, FileInfoPtr destination, bool ensureUniqueName,
-             const ProgressDelegate* progress, void* userData);
-
-    /// Of a source that exists and is a file, where no device drives the copy.
-    Status run(FileInfoPtr* outNewItem);
+    /// The whole operation, with the options or without any.
+    static Status copy(TavBaseFileInfo& source, TavBaseFileInfo* destination, bool ensureUniqueName,
+                       const ProgressDelegate* progress, void* userData, FileInfoPtr* outNewItem,
+                       const CopyOptions& options);
 
   private:
+    ItemCopy(TavBaseFileInfo& source, FileInfoPtr destination, bool ensureUniqueName,
+             const ProgressDelegate* progress, void* userData, const CopyOptions& options);
+
+    Status run(FileInfoPtr* outNewItem);
+    void abandon();
     void copy();
     void prepareDestination();
     void removeLeftover();
@@ -28,17 +35,37 @@ class ItemCopy {
     bool makeTemporaryFile();
     void transfer();
     void putInPlace();
+    void giveDates();
     void closeTemporaryFile();
     void closeSource();
+
+    // With options (ItemCopyOptions.cpp)
+
+    bool canBegin();
+    bool chooseDestination();
+    FileInfoPtr makeOwnTemporaryFile();
+    void narrowPermissions();
+    void finish(ChunkCopy& chunks);
+    Status sync();
+    void verify(ChunkCopy& chunks);
+    Status placeWhole();
+    Status moveToFreeName();
 
     TavBaseFileInfo& source_;
     FileInfoPtr destination_;
     bool ensureUniqueName_;
     const ProgressDelegate* progress_;
     void* userData_;
+    const CopyOptions& options_;
+    bool hasOptions_;
+    /// Nothing but a whole file takes the destination's place, and nothing else is left.
+    bool isAllOrNothing_;
 
+    CopySupport* support_ = nullptr; ///< The destination's; not asked for without options.
+    std::optional<FileMetadata> metadata_;
     /// By an exception that passes: where only the new file can be meant.
     bool isToBeRemoved_ = false;
+    FileInfoPtr uniqueNamesIn_; ///< The folder that chooses the name when the file is whole.
     FileInfoPtr folder_;        ///< Where the destination lies.
     FileInfoPtr temporaryFile_; ///< The new file, also when it is in place.
     std::shared_ptr<OpenFileToken> reading_;

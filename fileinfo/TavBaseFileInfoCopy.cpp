@@ -1,7 +1,5 @@
 // The copies, in terms of the primitives.
 
-#include "base/Exception.hpp"
-#include "fileinfo/CopyStatus.hpp"
 #include "fileinfo/ItemCopy.hpp"
 #include "fileinfo/TavBaseFileInfo.hpp"
 
@@ -58,43 +56,17 @@ Status TavBaseFileInfo::copyTo(TavBaseFileInfo* destination, std::string_view wi
 Status TavBaseFileInfo::copyTo(TavBaseFileInfo* destination, bool ensureUniqueName,
                                const ProgressDelegate* withProgress, void* userData,
                                FileInfoPtr* outNewItem) {
-    _cancelCopy.store(false, std::memory_order_relaxed);
-    if (!exists()) {
-        return CopyStatus::sourceMissing;
-    }
-    if (!isFile()) {
-        return CopyStatus::sourceIsNoFile;
-    }
-    const bool destinationControls = destination != nullptr && destination->deviceControlsCopy();
-    const bool sourceControls = deviceControlsCopy();
-    if (destinationControls && sourceControls) {
-        throw Exception("TavBaseFileInfo",
-                        "File info objects are not yet able to perform this sort of copy.");
-    }
-    if (destinationControls) {
-        return destination->copyFromFile(this, ensureUniqueName, withProgress, userData,
-                                         outNewItem);
-    }
-    if (sourceControls) {
-        throw Exception("TavBaseFileInfo",
-                        "Subclass of TavBaseFileInfo must override this method to perform the "
-                        "copy.");
-    }
-    // Whoever hears of the copy may let go of both.
-    const FileInfoPtr source = shared_from_this();
-    internal::ItemCopy copy(*source,
-                            destination != nullptr ? destination->shared_from_this() : nullptr,
-                            ensureUniqueName, withProgress, userData);
-    return copy.run(outNewItem);
+    return internal::ItemCopy::copy(*this, destination, ensureUniqueName, withProgress, userData,
+                                    outNewItem, CopyOptions());
 }
 
 Status TavBaseFileInfo::copyTo(TavBaseFileInfo* destination, bool ensureUniqueName,
                                const ProgressDelegate* withProgress, void* userData,
                                FileInfoPtr* outNewItem, const CopyOptions& options) {
-    if (options == CopyOptions()) {
-        return copyTo(destination, ensureUniqueName, withProgress, userData, outNewItem);
-    }
-    return Status::NotSupported;
+    return options == CopyOptions()
+               ? copyTo(destination, ensureUniqueName, withProgress, userData, outNewItem)
+               : internal::ItemCopy::copy(*this, destination, ensureUniqueName, withProgress,
+                                          userData, outNewItem, options);
 }
 
 bool TavBaseFileInfo::cloneRange(FileRange /*range*/, OpenFileToken* /*readFileUserData*/,
