@@ -38,6 +38,7 @@ struct CopyStage {
     std::map<std::string, std::function<void()>, std::less<>> at; ///< Done first, by their text.
     std::size_t failingCall = 0;                                  ///< By its number from 1 on.
     std::size_t throwingCall = 0;
+    CopySupport* support = nullptr; ///< Of all items; lent.
     std::function<void()> thrown = [] { throw Exception("stage", "thrown on purpose"); };
 
     void addFile(std::string_view path, std::string_view text) {
@@ -65,8 +66,13 @@ struct CopyStage {
         return some;
     }
 
-    /// Whether the call does what it should.
-    bool enter(const std::string& call) {
+    /// Whether the call does what it should. A temporary name of a copy's own is told as "OWN".
+    bool enter(std::string call) {
+        constexpr std::string_view own = ".QuillboxCopy-";
+        constexpr std::size_t ownLength = own.size() + 36 + 4;
+        for (std::size_t place; (place = call.find(own)) != std::string::npos;) {
+            call.replace(place, ownLength, "OWN");
+        }
         calls.push_back(call);
         if (const auto action = at.find(call); action != at.end()) {
             action->second();
@@ -215,6 +221,10 @@ class StagedFileInfo : public TavPathBasedFileInfo {
             std::ranges::copy(data, all.begin() + range.location);
         }
         return Status::Success;
+    }
+    CopySupport* copySupport() override {
+        enter("copySupport");
+        return stage_->support;
     }
     Status copyFromFile(TavBaseFileInfo* source, bool ensureUniqueName,
                         const ProgressDelegate* withProgress, void* userData,

@@ -25,7 +25,8 @@ inline constexpr Status cancelled{-210};
 inline constexpr Status notVerified{-211};
 /// The file or its folder could not be synced: it may be there, but need not survive a power cut.
 inline constexpr Status notDurable{-212};
-/// The whole new file could not be put in the place of the old one, which still stands.
+/// The whole new file could not be put in its place, where with `keepsDestination` the old one
+/// still stands.
 inline constexpr Status notReplaced{-213};
 
 } // namespace tav::CopyStatus
