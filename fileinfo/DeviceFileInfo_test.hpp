@@ -12,9 +12,12 @@
 namespace tav {
 
 /// An item of a device that exists in memory only: the drive "E:\" is the folder "/E" there. As
-/// much of a back-end as a device with a plain file protocol has.
+/// much of a back-end as a device with a plain file protocol has. It has ranges of 32 bits.
 class DeviceFileInfo : public TavWindowsPathBasedFileInfo {
   public:
+    /// What all devices prefer.
+    static inline std::uint64_t chunkSize = 8192;
+
     [[nodiscard]] static std::shared_ptr<DeviceFileInfo> at(FileSystem& device,
                                                             std::string_view path) {
         const auto item = internal::allocateItem<DeviceFileInfo>();
@@ -113,6 +116,48 @@ class DeviceFileInfo : public TavWindowsPathBasedFileInfo {
         static_cast<void>(moveTo(moved.get()));
     }
 
+    std::uint64_t preferredChunkSize() override { return chunkSize; }
+    /// Always enough; what the memory has no room for is not written.
+    std::uint64_t freeSpaceOnVolume() override { return std::uint64_t{1} << 40; }
+    std::optional<Date> creationDate() override {
+        const auto found = attributes();
+        return found.ok() ? found.value().creationDate : std::nullopt;
+    }
+    std::shared_ptr<OpenFileToken> openFileForReading() override { return openFile({}); }
+    std::shared_ptr<OpenFileToken> openFileForWriting() override {
+        OpenOptions options;
+        options.write = true;
+        const auto token = openFile(options);
+        return token && token->file->setSize(0).isNone() ? token : nullptr;
+    }
+    void closeFile(OpenFileToken* token) override {
+        if (auto* const own = dynamic_cast<Token*>(token)) {
+            own->file.reset();
+        }
+    }
+    std::optional<Data> fileContentsWithRange(FileRange range,
+                                              OpenFileToken* readFileUserData) override {
+        auto* const own = dynamic_cast<Token*>(readFileUserData);
+        if (own == nullptr || !own->file) {
+            return std::nullopt;
+        }
+        Data chunk = own->takeBuffer(range.length);
+        const auto count = own->file->readAt(range.location, chunk);
+        if (!count.ok()) {
+            return std::nullopt;
+        }
+        chunk.resize(count.value());
+        return chunk;
+    }
+    Status setFileContentsWithRange(BytesView data, FileRange range,
+                                    OpenFileToken* writeFileUserData) override {
+        auto* const own = dynamic_cast<Token*>(writeFileUserData);
+        return own != nullptr && own->file && own->file->setPosition(range.location).isNone() &&
+                       own->file->write(data).isNone()
+                   ? Status::Success
+                   : Status::Failure;
+    }
+
     using TavWindowsPathBasedFileInfo::setFileContents;
     bool setFileContents(BytesView data, const ProgressDelegate* /*withProgress*/,
                          void* /*userData*/) override {
@@ -128,6 +173,19 @@ class DeviceFileInfo : public TavWindowsPathBasedFileInfo {
     DeviceFileInfo() = default;
 
   private:
+    struct Token : OpenFileToken {
+        std::unique_ptr<OpenFile> file;
+    };
+    std::shared_ptr<Token> openFile(const OpenOptions& options) {
+        auto opened = device_->open(place(), options);
+        if (!opened.ok()) {
+            return nullptr;
+        }
+        const auto token = std::make_shared<Token>();
+        token->file = std::move(opened).value();
+        return token;
+    }
+
     /// Where a path of the device lies in the memory's tree.
     static std::string placeOf(std::string_view path) {
         const WindowsPathParts parts = decomposeWindowsPath(path);
