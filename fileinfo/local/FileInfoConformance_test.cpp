@@ -376,5 +376,218 @@ TYPED_TEST(FileInfoConformance, WindowsNamesAreFound) {
     EXPECT_EQ(this->world.work()->findAllFoldersWithName("F").size(), 1U);
 }
 
+TYPED_TEST(FileInfoConformance, WholeContentsAreReadAndWritten) {
+    this->addTree();
+    const FileInfoPtr file = this->item("1.txt");
+    EXPECT_EQ(file->fileContents(), dataFromText("one"));
+    EXPECT_TRUE(file->setFileContents(bytesOf("longer than it was")));
+    EXPECT_EQ(file->fileContents(), dataFromText("longer than it was"));
+    EXPECT_EQ(file->size(), 18U);
+    EXPECT_TRUE(file->setFileContents({}));
+    EXPECT_EQ(file->fileContents(), Data());
+    EXPECT_EQ(this->item("missing")->fileContents(), std::nullopt);
+    EXPECT_EQ(this->item("f")->fileContents(), std::nullopt);
+    EXPECT_FALSE(this->item("f")->setFileContents(bytesOf("x")));
+}
+
+TYPED_TEST(FileInfoConformance, FilesAreMade) {
+    this->addTree();
+    const FileInfoPtr work = this->world.work();
+    const FileInfoPtr made = work->createFile("new.txt", bytesOf("new"), nullptr);
+    ASSERT_NE(made, nullptr);
+    EXPECT_TRUE(made->isFile());
+    EXPECT_EQ(made->name(), "new.txt");
+    EXPECT_EQ(made->fileContents(), dataFromText("new"));
+    // One that is there is rewritten, unless the name is to be unique.
+    EXPECT_EQ(work->createFile("new.txt", {}, nullptr)->size(), 0U);
+    const FileInfoPtr first = work->createFile("1.txt", bytesOf("first"), nullptr, true);
+    EXPECT_EQ(first->name(), "1-1.txt");
+    EXPECT_EQ(first->fileContents(), dataFromText("first"));
+    EXPECT_EQ(this->item("1.txt")->createFile("1.txt", {}, nullptr, true)->name(), "1-2.txt");
+    EXPECT_EQ(work->createFile("f", {}, nullptr, true)->name(), "f-1");
+    EXPECT_EQ(this->item("1.txt")->fileContents(), dataFromText("one"));
+    EXPECT_EQ(work->createFile("f", bytesOf("x"), nullptr), nullptr);
+    EXPECT_TRUE(this->item("f")->isFolder());
+}
+
+TYPED_TEST(FileInfoConformance, RangesAreRead) {
+    this->world.addFile("1.txt", "0123456789");
+    const FileInfoPtr file = this->item("1.txt");
+    const auto token = file->openFileForReading();
+    ASSERT_NE(token, nullptr);
+    const auto textOfRange = [&](FileRange range) {
+        auto data = file->fileContentsWithRange(range, token.get());
+        const std::string text = data ? std::string(textOf(*data)) : "nothing";
+        token->giveBack(std::move(data).value_or(Data()));
+        return text;
+    };
+    EXPECT_EQ(textOfRange({0, 4}), "0123");
+    EXPECT_EQ(textOfRange({4, 4}), "4567");
+    EXPECT_EQ(textOfRange({2, 2}), "23");
+    EXPECT_EQ(textOfRange({8, 4}), "89");
+    EXPECT_EQ(textOfRange({10, 4}), "");
+    EXPECT_EQ(textOfRange({20, 4}), "");
+    EXPECT_EQ(textOfRange({3, 0}), "");
+    EXPECT_EQ(file->wholeSize(), 10U);
+    EXPECT_EQ(file->fileContentsWithWholeRange({7, 2}, token.get()), dataFromText("78"));
+    file->closeFile(token.get());
+    EXPECT_EQ(textOfRange({0, 4}), "nothing");
+}
+
+TYPED_TEST(FileInfoConformance, RangesAreWritten) {
+    this->world.addFile("1.txt", "0123456789");
+    const FileInfoPtr file = this->item("1.txt");
+    EXPECT_EQ(file->size(), 10U);
+    const auto token = file->openFileForWriting();
+    ASSERT_NE(token, nullptr);
+    EXPECT_EQ(this->item("1.txt")->size(), 0U); // at once
+    const auto write = [&](std::string_view text, FileRange range) {
+        return file->setFileContentsWithRange(bytesOf(text), range, token.get());
+    };
+    EXPECT_EQ(write("abcd", {0, 4}), Status::Success);
+    EXPECT_EQ(write("efgh", {4, 4}), Status::Success);
+    EXPECT_EQ(write("XY", {1, 2}), Status::Success);
+    EXPECT_EQ(write("end", {10, 3}), Status::Success); // zeros up to there
+    EXPECT_EQ(file->setFileContentsWithWholeRange(bytesOf("!"), {13, 1}, token.get()),
+              Status::Success);
+    file->closeFile(token.get());
+    EXPECT_NE(write("x", {0, 1}), Status::Success);
+    EXPECT_EQ(file->size(), 14U);
+    EXPECT_EQ(this->item("1.txt")->fileContents(),
+              dataFromText(std::string_view("aXYdefgh\0\0end!", 14)));
+}
+
+TYPED_TEST(FileInfoConformance, OnlyFilesThatAreThereAreOpened) {
+    this->addTree();
+    EXPECT_EQ(this->item("missing")->openFileForReading(), nullptr);
+    EXPECT_EQ(this->item("missing")->openFileForWriting(), nullptr);
+    EXPECT_EQ(this->item("f")->openFileForReading(), nullptr);
+    EXPECT_EQ(this->item("f")->openFileForWriting(), nullptr);
+    EXPECT_FALSE(this->world.has("missing"));
+}
+
+TYPED_TEST(FileInfoConformance, TokensWithoutAnOpenFileAnswerNothing) {
+    this->addTree();
+    const FileInfoPtr file = this->item("1.txt");
+    OpenFileToken foreign;
+    const auto closed = file->openFileForReading();
+    file->closeFile(closed.get());
+    for (OpenFileToken* const token :
+         {static_cast<OpenFileToken*>(nullptr), &foreign, closed.get()}) {
+        EXPECT_EQ(file->fileContentsWithRange({0, 1}, token), std::nullopt);
+        EXPECT_NE(file->setFileContentsWithRange(bytesOf("x"), {0, 1}, token), Status::Success);
+        EXPECT_FALSE(file->cloneRange({0, 1}, token, file.get(), token));
+        file->closeFile(token);
+    }
+    EXPECT_EQ(file->fileContents(), dataFromText("one"));
+}
+
+// What every pair of back-ends has to do alike
+
+template <class From, class To>
+struct Pair {
+    using Source = From;
+    using Destination = To;
+};
+
+template <class Worlds>
+class FileInfoPairConformance : public testing::Test {
+  protected:
+    FileInfoPtr source(std::string_view name) { return from.work()->find(name); }
+    FileInfoPtr destination(std::string_view name) { return to.work()->find(name); }
+    /// A copy in pieces of a file into the other folder.
+    Status copy(std::string_view name, FileInfoPtr* out = nullptr, bool ensureUniqueName = false,
+                const ProgressDelegate* progress = nullptr) {
+        return source(name)->copyTo(to.work().get(), ensureUniqueName, progress, nullptr, out);
+    }
+
+    typename Worlds::Source from;
+    typename Worlds::Destination to;
+};
+
+using Pairs = testing::Types<Pair<LocalWorld, LocalWorld>, Pair<LocalWorld, DeviceWorld>,
+                             Pair<DeviceWorld, LocalWorld>, Pair<DeviceWorld, DeviceWorld>>;
+TYPED_TEST_SUITE(FileInfoPairConformance, Pairs);
+
+TYPED_TEST(FileInfoPairConformance, AFileIsCopiedWithItsDate) {
+    const std::string text(3 * 8192 + 5, 'x');
+    this->from.addFile("1.txt", text);
+    const Date date(300000001.0);
+    this->source("1.txt")->setModificationDate(date);
+    FileInfoPtr out;
+    EXPECT_EQ(this->copy("1.txt", &out), Status::Success);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(out->name(), "1.txt");
+    EXPECT_TRUE(out->fileContents() == dataFromText(text));
+    EXPECT_NEAR(this->destination("1.txt")->modificationDate()->secondsSinceReferenceDate(),
+                date.secondsSinceReferenceDate(),
+                std::max(this->from.datePrecision(), this->to.datePrecision()));
+    EXPECT_TRUE(this->source("1.txt")->fileContents() == dataFromText(text));
+    EXPECT_FALSE(this->to.has("QuillboxCopyFile.tmp"));
+}
+
+TYPED_TEST(FileInfoPairConformance, AnEmptyFileIsCopied) {
+    this->from.addFile("empty", "");
+    EXPECT_EQ(this->copy("empty"), Status::Success);
+    EXPECT_EQ(this->destination("empty")->fileContents(), Data());
+}
+
+TYPED_TEST(FileInfoPairConformance, AnOlderFileIsReplacedOrKept) {
+    this->from.addFile("1.txt", "new");
+    this->to.addFile("1.txt", "something older");
+    FileInfoPtr out;
+    EXPECT_EQ(this->copy("1.txt", &out, true), Status::Success);
+    EXPECT_EQ(out->name(), "1-1.txt");
+    EXPECT_EQ(this->destination("1.txt")->fileContents(), dataFromText("something older"));
+    EXPECT_EQ(this->copy("1.txt", &out), Status::Success);
+    EXPECT_EQ(out->name(), "1.txt");
+    EXPECT_EQ(this->destination("1.txt")->fileContents(), dataFromText("new"));
+}
+
+TYPED_TEST(FileInfoPairConformance, ACopyThatIsStoppedLeavesNothing) {
+    this->from.addFile("1.txt", std::string(std::size_t{3} << 20U, 'x'));
+    std::vector<float> percents;
+    ProgressDelegate progress;
+    progress.copyingFile = [&](TavBaseFileInfo&, TavBaseFileInfo&, float percent, void*) {
+        percents.push_back(percent);
+        return true;
+    };
+    EXPECT_EQ(this->copy("1.txt", nullptr, false, &progress), Status{-210});
+    EXPECT_EQ(percents.size(), 1U);
+    EXPECT_TRUE(this->to.work()->folderContents().empty());
+    EXPECT_TRUE(this->source("1.txt")->exists());
+}
+
+TYPED_TEST(FileInfoPairConformance, WhatIsNoFileIsNotCopied) {
+    this->from.addFolder("f");
+    EXPECT_EQ(this->copy("missing"), Status{-200});
+    EXPECT_EQ(this->copy("f"), Status{-201});
+    EXPECT_TRUE(this->to.work()->folderContents().empty());
+}
+
+TYPED_TEST(FileInfoPairConformance, UnderAnotherNameAFileIsCopiedWhole) {
+    this->from.addFile("1.txt", "one");
+    FileInfoPtr out;
+    EXPECT_EQ(this->source("1.txt")->copyTo(this->to.work().get(), "2.txt", &out), Status::Success);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(out->name(), "2.txt");
+    EXPECT_EQ(out->fileContents(), dataFromText("one"));
+    EXPECT_EQ(this->source("missing")->copyTo(this->to.work().get(), "3.txt", &out),
+              Status::BadParameter);
+}
+
+TEST(FileInfoPairConformanceLocal, NamesNeedNotBeUTF8) {
+    LocalWorld from;
+    LocalWorld to;
+    from.addFile("\xFF.txt", "one");
+    FileInfoPtr out;
+    const FileInfoPtr source = from.work()->find("\xFF.txt");
+    EXPECT_EQ(source->copyTo(to.work().get(), true, nullptr, nullptr, &out), Status::Success);
+    EXPECT_EQ(out->name(), "\xFF.txt");
+    EXPECT_EQ(source->copyTo(to.work().get(), true, nullptr, nullptr, &out), Status::Success);
+    EXPECT_EQ(out->name(), "\xFF-1.txt");
+    EXPECT_EQ(out->fileContents(), dataFromText("one"));
+}
+
 } // namespace
 } // namespace tav

@@ -213,7 +213,8 @@ void TavMacFileInfo::copyToFile(TavBaseFileInfo* destination, const ProgressDele
               humanFriendlyPath());
     }
     // Another name for the very file: opening it for writing would empty the source.
-    if (asMacFileInfo(destination) != nullptr && areOneFile(path(), destination->path())) {
+    if (destination != nullptr && asMacFileInfo(destination) != nullptr &&
+        areOneFile(path(), destination->path())) {
         return;
     }
 
