@@ -254,6 +254,8 @@ TEST_F(LocalOpenFileTest, ALocationBehindTheEndMakesTheFileLongerByZeros) {
     EXPECT_EQ(contentOf("/a"), "\0\0\0x"s);
     EXPECT_EQ(item->setFileContentsWithRange({}, {6, 0}, token.get()), Status::Success);
     EXPECT_EQ(contentOf("/a"), "\0\0\0x\0\0"s); // also without data
+    EXPECT_EQ(item->setFileContentsWithRange({}, {7, 0}, token.get()), Status::Success);
+    EXPECT_EQ(contentOf("/a"), "\0\0\0x\0\0\0"s); // by one, too
     EXPECT_EQ(item->setFileContentsWithWholeRange(bytesOf("y"), {7, 1}, token.get()),
               Status::Success);
     EXPECT_EQ(contentOf("/a"), "\0\0\0x\0\0\0y"s);

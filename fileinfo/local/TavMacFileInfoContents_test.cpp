@@ -519,15 +519,18 @@ TEST_F(LocalContentsTest, AUniqueNameThatSomebodyElseTakesMeanwhileIsTheirs) {
         memory.removeAll("/name-1.txt");
         memory.removeAll("/name-2.txt");
         files.restartCount();
-        files.atCall(call, [&] { memory.addFile("/name-1.txt", "theirs"); });
+        bool isTheirs = false;
+        files.atCall(call, [&] {
+            if (!has("/name-1.txt")) {
+                memory.addFile("/name-1.txt", "theirs");
+                isTheirs = true;
+            }
+        });
         const FileInfoPtr made = at("/")->createFile("name.txt", bytesOf("ours"), nullptr, true);
         ASSERT_NE(made, nullptr);
-        if (made->name() == "name-2.txt") {
-            EXPECT_EQ(contentOf("/name-1.txt"), "theirs") << call;
-            EXPECT_EQ(contentOf("/name-2.txt"), "ours") << call;
-        } else {
-            EXPECT_EQ(made->name(), "name-1.txt") << call;
-        }
+        EXPECT_EQ(made->name(), isTheirs ? "name-2.txt" : "name-1.txt") << call;
+        EXPECT_EQ(contentOf(made->path()), "ours") << call;
+        EXPECT_EQ(contentOf("/name-1.txt"), isTheirs ? "theirs" : "ours") << call;
         files.atCall(call, [] {});
     }
 }
