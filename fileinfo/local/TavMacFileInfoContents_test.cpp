@@ -677,6 +677,10 @@ TEST_F(LocalContentsTest, ANewFileIsNotOpenToOthersBeforeItsPermissionsAreSet) {
     files.failOperation("setPermissions", EIO);
     static_cast<void>(at("/")->createFile("a", bytesOf("x"), &attributes));
     EXPECT_EQ(memory.attributes("/a").value().permissions, 0600U);
+    // Its owner may write it until then, which the other attributes need.
+    const Value::Dictionary readOnly = {{"NSFilePosixPermissions", Value(0404)}};
+    static_cast<void>(at("/")->createFile("b", bytesOf("x"), &readOnly));
+    EXPECT_EQ(memory.attributes("/b").value().permissions, 0604U);
 }
 
 TEST_F(LocalContentsTest, AnEmptyFileIsMadeWithItsWholePath) {
