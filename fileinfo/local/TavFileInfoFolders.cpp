@@ -139,7 +139,11 @@ bool TavFileInfo::_array(const TavFileInfoArray& array, TavFileInfo* containsInf
 }
 
 TavFileInfoPtr TavFileInfo::createFolder(std::string_view name) {
-    TavFileInfoPtr made = itemIn(folder()->path(), name);
+    const TavFileInfoPtr place = folder();
+    if (!place->itsPath_) {
+        return nullptr; // and not one in the working directory
+    }
+    TavFileInfoPtr made = itemIn(place->path(), name);
     FileSystem& files = FileSystem::current();
     const Result<FileAttributes> there = files.targetAttributes(*made->itsPath_);
     const bool isThere = there.ok() ? there.value().kind == FileKind::Folder

@@ -67,6 +67,11 @@ TEST_F(TavFileInfoTest, WithoutAPathEverythingAnswersNothing) {
     EXPECT_EQ(none->fileContents(), std::nullopt);
     EXPECT_FALSE(none->setFileContents({}));
     EXPECT_EQ(none->createFolder(""), nullptr);
+    EXPECT_EQ(none->createFolder("a"), nullptr);
+    EXPECT_EQ(older("a")->fileRef(), nullptr) << "nothing is made in the working directory";
+    EXPECT_FALSE(none->createFile("a", {}, nullptr)->exists());
+    EXPECT_FALSE(none->createFile("a", {}, nullptr, true)->exists());
+    EXPECT_EQ(older("a")->fileRef(), nullptr);
     EXPECT_FALSE(none->removeContents());
     EXPECT_FALSE(none->remove());
     none->setName("a");
