@@ -121,7 +121,11 @@ bool unpackWithBsdtar(const std::string& archive, const std::string& folder) {
 
 /// A folder in any depth may be one that its owner may not read or change; from then on he may.
 void makeAccessible(const std::string& folder) {
-    run({"/bin/chmod", {"-R", "u+rwX", "--", folder}, {}, {}});
+    // Of a link the program would change what it leads to.
+    const Result<FileAttributes> attributes = FileSystem::current().attributes(folder);
+    if (attributes.ok() && attributes.value().kind == FileKind::Folder) {
+        run({"/bin/chmod", {"-R", "u+rwX", "--", folder}, {}, {}});
+    }
 }
 
 /// Does something to an unpacked folder, once more when rights are missing.

@@ -347,6 +347,14 @@ TEST_F(ArchivesTest, AFolderThatCannotBeEmptiedIsNotUsed) {
     EXPECT_EQ(asked().program, "/bin/chmod");
 }
 
+TEST_F(ArchivesTest, WhatALinkLeadsToIsNotMadeAccessible) {
+    install("ditto");
+    memory.addLink(unpacked, "/home/folder");
+    files.failOperation("removeFile", EPERM);
+    EXPECT_EQ(at("/home/a.zip")->unzip(), std::nullopt);
+    EXPECT_TRUE(children.requests.empty());
+}
+
 TEST_F(ArchivesTest, BsdtarUnpacksInItsPlaceAndUnzipAfterIt) {
     install("bsdtar");
     install("unzip");
