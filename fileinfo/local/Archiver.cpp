@@ -194,12 +194,9 @@ bool dittoUnpack(std::string_view archivePath, const std::string& folder) {
         isWhole = isThere(bsdtarProgram) ? unpackWithBsdtar(archive, folder)
                                          : unpackWithUnzip(archive, folder);
     }
-    if (!isWhole) {
+    if (!isWhole || !succeeds(folder, [&folder] { return cleanUnpackedFolder(folder); })) {
         removeUnpacked(folder);
         return FileSystem::current().createFolder(folder, 0777).isNone();
-    }
-    if (!succeeds(folder, [&folder] { return cleanUnpackedFolder(folder); })) {
-        return false;
     }
     const std::string resources = folder + "/__MACOSX";
     const Result<FileAttributes> attributes = FileSystem::current().attributes(resources);

@@ -25,7 +25,8 @@ void dittoPack(std::string_view path, std::string_view archive);
 
 /// Unpacks a zip archive into an empty folder, in which nothing is left afterwards that leads out
 /// of it (see `cleanUnpackedFolder`). Members that would lie outside are not unpacked, nor are
-/// owners and the bits that lend rights. False when it cannot be vouched for what is there.
+/// owners and the bits that lend rights. Of what cannot be cleaned nothing is left; false when that
+/// cannot be removed either, so that nobody can vouch for what is there.
 ///
 /// Three quarters of the volume's free space may be filled, or all but 1 GiB if that is more. Of
 /// an archive that takes more nothing is left. Where it is ours to choose, the folder stays empty

@@ -495,6 +495,24 @@ TEST_F(ArchivesTest, WhatCannotBeVouchedForIsNotShown) {
     ASSERT_TRUE(items);
     EXPECT_TRUE(items->empty());
     EXPECT_EQ(children.requests.size(), 2U);
+    EXPECT_TRUE(isThere(unpacked));
+    EXPECT_FALSE(isThere(unpacked + "/out")) << "nor left for somebody else to follow";
+}
+
+TEST_F(ArchivesTest, WhatCanNeitherBeCleanedNorRemovedIsNotShown) {
+    install("bsdtar");
+    children.program = [this](const ChildRequest& request) {
+        if (request.program == "/usr/bin/bsdtar") {
+            memory.addLink(unpacked + "/out", "/home");
+            memory.addFile(unpacked + "/f", "");
+            files.failOperation("OpenFolder.removeFile", EIO);
+        }
+        return ChildEnd();
+    };
+    const std::optional<FileInfoArray> items = at("/home/a.zip")->unzip();
+    ASSERT_TRUE(items);
+    EXPECT_TRUE(items->empty());
+    EXPECT_TRUE(isThere(unpacked + "/out"));
 }
 
 TEST_F(ArchivesTest, RightsThatAreMissingAreTaken) {
