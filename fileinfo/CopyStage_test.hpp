@@ -38,7 +38,8 @@ struct CopyStage {
     std::map<std::string, std::function<void()>, std::less<>> at; ///< Done first, by their text.
     std::size_t failingCall = 0;                                  ///< By its number from 1 on.
     std::size_t throwingCall = 0;
-    CopySupport* support = nullptr; ///< Of all items; lent.
+    CopySupport* support = nullptr;   ///< Of all items; lent.
+    std::optional<Value> createdWith; ///< The attributes of the last new file.
     std::function<void()> thrown = [] { throw Exception("stage", "thrown on purpose"); };
 
     void addFile(std::string_view path, std::string_view text) {
@@ -143,6 +144,8 @@ class StagedFileInfo : public TavPathBasedFileInfo {
         arguments += ensureUniqueName ? " unique" : "";
         arguments += withProgress != nullptr ? " progress" : "";
         arguments += userData != nullptr ? " user" : "";
+        stage_->createdWith =
+            attributes != nullptr ? std::optional<Value>(*attributes) : std::nullopt;
         if (!enter("createFile", arguments)) {
             return nullptr;
         }

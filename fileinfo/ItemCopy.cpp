@@ -5,6 +5,7 @@
 #include "fileinfo/CleanUp.hpp"
 #include "fileinfo/CopyStatus.hpp"
 #include "fileinfo/VerboseLog.hpp"
+#include "foundation/Identifiers.hpp"
 
 #include <utility>
 
@@ -161,12 +162,10 @@ bool ItemCopy::hasRoom() {
 }
 
 bool ItemCopy::makeTemporaryFile() {
-    if (options_.keepsDestination) {
-        temporaryFile_ = makeOwnTemporaryFile();
-    } else if (folder_) {
-        temporaryFile_ =
-            folder_->createFile(copyFileName, {}, nullptr, false, progress_, userData_);
-    }
+    // A name that no other copy has, and should a file of that name be there, it is not taken.
+    temporaryFile_ = options_.keepsDestination
+                         ? makeFile(".QuillboxCopy-" + stringWithNewUUID() + ".tmp", true)
+                         : makeFile(copyFileName, false);
     if (!exists(temporaryFile_)) {
         status_ = CopyStatus::noTemporaryFile;
         return false;
@@ -183,6 +182,19 @@ bool ItemCopy::makeTemporaryFile() {
         return false;
     }
     return true;
+}
+
+/// An empty one. Where permissions are carried it is its owner's alone from its first moment: who
+/// once has it open keeps it, whatever it may be allowed to whom later.
+FileInfoPtr ItemCopy::makeFile(std::string_view name, bool ensureUniqueName) {
+    Value::Dictionary attributes;
+    const bool isPrivate = metadata_ && metadata_->permissions;
+    if (isPrivate) {
+        attributes.set("NSFilePosixPermissions", ownersAlone);
+    }
+    return folder_ ? folder_->createFile(name, {}, isPrivate ? &attributes : nullptr,
+                                         ensureUniqueName, progress_, userData_)
+                   : nullptr;
 }
 
 void ItemCopy::transfer() {

@@ -2,6 +2,7 @@
 
 #include "fileinfo/TavBaseFileInfo.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -13,6 +14,9 @@ class ChunkCopy;
 /// The name that a copy has in the destination's folder while it grows. Listings of local folders
 /// remove what was left behind under it.
 inline constexpr std::string_view copyFileName = "QuillboxCopyFile.tmp";
+
+/// The permissions that a copy has while it grows, where those of the source are carried.
+inline constexpr std::uint32_t ownersAlone = 0600;
 
 /// One copy of a file by `copyTo`, through what all items can do.
 class ItemCopy {
@@ -33,6 +37,7 @@ class ItemCopy {
     void removeLeftover();
     bool hasRoom();
     bool makeTemporaryFile();
+    FileInfoPtr makeFile(std::string_view name, bool ensureUniqueName);
     void transfer();
     void putInPlace();
     void giveDates();
@@ -43,7 +48,6 @@ class ItemCopy {
 
     bool canBegin();
     bool chooseDestination();
-    FileInfoPtr makeOwnTemporaryFile();
     void narrowPermissions();
     void finish(ChunkCopy& chunks);
     Status sync();

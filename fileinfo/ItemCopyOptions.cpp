@@ -3,7 +3,6 @@
 #include "fileinfo/ChunkCopy.hpp"
 #include "fileinfo/CopyStatus.hpp"
 #include "fileinfo/ItemCopy.hpp"
-#include "foundation/Identifiers.hpp"
 
 namespace tav::internal {
 
@@ -59,18 +58,11 @@ bool ItemCopy::chooseDestination() {
     return status_ == Status::Success;
 }
 
-/// Under a name that no other copy has. Should a file of that name be there, it is not taken.
-FileInfoPtr ItemCopy::makeOwnTemporaryFile() {
-    return folder_ ? folder_->createFile(".QuillboxCopy-" + stringWithNewUUID() + ".tmp", {},
-                                         nullptr, true, progress_, userData_)
-                   : nullptr;
-}
-
-/// Nobody but the owner may read or write the copy while it grows who may not do so to the source.
+/// Also where the back-end gives a new file no permissions, or the file was there before.
 void ItemCopy::narrowPermissions() {
     if (metadata_ && metadata_->permissions) {
         FileMetadata narrowed;
-        narrowed.permissions = (*metadata_->permissions & 0777U) | 0600U;
+        narrowed.permissions = ownersAlone;
         static_cast<void>(support_->setMetadata(*temporaryFile_, narrowed));
     }
 }

@@ -501,7 +501,7 @@ TEST_F(CopyWithOptions, AShortChunkWasNotReadWithAnyOption) {
 TEST_F(CopyWithOptions, CarriesWhatItIsToldTo) {
     options.carriesPermissions = true;
     expectNew(copy("/d/b"));
-    EXPECT_EQ(stage.callsOf("setMetadata"), (Lines{"setMetadata /d/QuillboxCopyFile.tmp 488",
+    EXPECT_EQ(stage.callsOf("setMetadata"), (Lines{"setMetadata /d/QuillboxCopyFile.tmp 384",
                                                    "setMetadata /d/QuillboxCopyFile.tmp 488"}));
     EXPECT_LT(at("setMetadata"), at("openFileForWriting"));
     EXPECT_LT(at("setMetadata", at("write")), at("closeFile"));
@@ -513,13 +513,25 @@ TEST_F(CopyWithOptions, CarriesWhatItIsToldTo) {
               Lines{"setMetadata /d/QuillboxCopyFile.tmp - user.a user.b"});
 }
 
-TEST_F(CopyWithOptions, TheGrowingCopyIsNeverReadableToMoreThanTheSource) {
+TEST_F(CopyWithOptions, TheGrowingCopyIsItsOwnersAloneFromItsFirstMoment) {
     options.carriesPermissions = true;
-    support.carried.permissions = 04440;
+    support.carried.permissions = 04444;
     EXPECT_EQ(copy("/d/b"), Status::Success);
+    EXPECT_EQ(stage.callsOf("createFile"),
+              Lines{"createFile /d QuillboxCopyFile.tmp attributes progress"});
+    EXPECT_EQ(stage.createdWith, Value(Value::Dictionary{{"NSFilePosixPermissions", 0600}}));
     EXPECT_EQ(stage.callsOf("setMetadata"),
-              (Lines{"setMetadata /d/QuillboxCopyFile.tmp " + std::to_string(0640),
-                     "setMetadata /d/QuillboxCopyFile.tmp " + std::to_string(04440)}));
+              (Lines{"setMetadata /d/QuillboxCopyFile.tmp " + std::to_string(0600),
+                     "setMetadata /d/QuillboxCopyFile.tmp " + std::to_string(04444)}));
+    options.keepsDestination = true;
+    stage.calls.clear();
+    EXPECT_EQ(copy("/d/b"), Status::Success);
+    EXPECT_EQ(stage.callsOf("createFile"), Lines{"createFile /d OWN attributes unique progress"});
+    options.carriesPermissions = false;
+    options.carriesExtendedAttributes = true;
+    stage.calls.clear();
+    EXPECT_EQ(copy("/d/b"), Status::Success);
+    EXPECT_EQ(stage.callsOf("createFile"), Lines{"createFile /d OWN unique progress"});
 }
 
 TEST_F(CopyWithOptions, WhatHasNoPlaceIsLostSilently) {
