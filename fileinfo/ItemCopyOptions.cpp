@@ -71,6 +71,7 @@ void ItemCopy::narrowPermissions() {
 /// the file takes its name, and the end is told when that is on the medium, too.
 void ItemCopy::finish(ChunkCopy& chunks) {
     if (status_ == Status::Success && metadata_) {
+        giveDates(); // once the file is read-only, one of them cannot be set any more
         const Status given = support_->setMetadata(*temporaryFile_, *metadata_);
         status_ = given == Status::NotSupported ? Status::Success : given;
     }

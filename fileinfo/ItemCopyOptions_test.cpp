@@ -534,6 +534,14 @@ TEST_F(CopyWithOptions, TheGrowingCopyIsItsOwnersAloneFromItsFirstMoment) {
     EXPECT_EQ(stage.callsOf("createFile"), Lines{"createFile /d OWN unique progress"});
 }
 
+TEST_F(CopyWithOptions, DatesAreSetBeforeTheFileIsReadOnly) {
+    options.carriesPermissions = true;
+    EXPECT_EQ(copy("/d/b"), Status::Success);
+    const std::size_t readOnly = at("setMetadata", at("write"));
+    EXPECT_LT(at("setCreationDate", at("write")), readOnly);
+    EXPECT_LT(at("setModificationDate", at("write")), readOnly);
+}
+
 TEST_F(CopyWithOptions, WhatHasNoPlaceIsLostSilently) {
     options.carriesPermissions = options.carriesExtendedAttributes = true;
     support.answers["setMetadata"] = Status::NotSupported;

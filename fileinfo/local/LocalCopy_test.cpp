@@ -2,6 +2,7 @@
 
 #include "fileinfo/CopyStatus.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
+#include "testing/ForkedProcess.hpp"
 #include "testing/OwnMounts.hpp"
 #include "testing/TemporaryFolder.hpp"
 
@@ -114,6 +115,29 @@ TEST(LocalCopy, CarriesPermissionsAndExtendedAttributes) {
     ASSERT_EQ(copy(folder.path("a"), folder.path("b"), options), Status::Success);
     EXPECT_EQ(files().attributes(folder.path("b")).value().permissions, 0440U);
     EXPECT_EQ(files().extendedAttribute(folder.path("b"), "user.tav").value(), dataFromText("v"));
+}
+
+TEST(LocalCopy, OfAReadOnlyFileCarriesTheCreationDate) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(files().setPermissions(folder.path(), 0777).isNone());
+    EXPECT_EQ(runForked([&] {
+                  if (::geteuid() == 0 && ::seteuid(65534) != 0) {
+                      return 1;
+                  }
+                  write(folder.path("a"), "x");
+                  item(folder.path("a"))->setCreationDate(Date(1000.25));
+                  static_cast<void>(files().setPermissions(folder.path("a"), 0444));
+                  CopyOptions options;
+                  options.carriesPermissions = true;
+                  if (copy(folder.path("a"), folder.path("b"), options) != Status::Success) {
+                      return 2;
+                  }
+                  const auto dateOf = [&](const char* name) {
+                      return item(folder.path(name))->creationDate();
+                  };
+                  return dateOf("a") != Date(1000.25) || dateOf("b") == dateOf("a") ? 0 : 3;
+              }),
+              ProcessEnd());
 }
 
 TEST(LocalCopy, APipeIsNoSourceToWaitFor) {
