@@ -3,9 +3,11 @@
 #include "foundation/FolderTree.hpp"
 
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace tav::internal {
@@ -47,17 +49,8 @@ class LinksOut {
     };
     enum class Step : std::uint8_t { Done, Deeper, Out };
 
-    /// A name in a folder.
-    struct Name {
-        std::size_t folder;
-        std::string_view name;
-        friend bool operator==(const Name&, const Name&) = default;
-    };
-    struct NameHash {
-        std::size_t operator()(const Name& name) const noexcept {
-            return std::hash<std::string_view>()(name.name) ^ (name.folder * 0x9E3779B97F4A7C15U);
-        }
-    };
+    /// A folder, and a name in it.
+    using Name = std::pair<std::size_t, std::string_view>;
     struct Target {
         bool isLink = false;
         std::size_t index = 0; ///< Of the folder in the tree, or of the link here.
@@ -68,7 +61,9 @@ class LinksOut {
 
     const FolderTree* tree_;
     std::vector<KnownLink> links_;
-    std::unordered_map<Name, Target, NameHash> names_; ///< Folders and links, nothing else.
+    /// Folders and links, nothing else. In order and not by hashes: the names are a stranger's, who
+    /// may choose many of one hash.
+    std::map<Name, Target> names_;
 };
 
 } // namespace tav::internal

@@ -15,7 +15,7 @@ namespace tav::internal {
 /// leads nowhere. Links to what is missing and links in circles stay otherwise.
 ///
 /// Everything is judged before anything is removed. Stops at the first failure: EACCES where a
-/// folder may not be read or changed. Time and memory are in proportion to what is there.
+/// folder may not be read or changed. Memory is in proportion to what is there, and time nearly so.
 SystemError cleanUnpackedFolder(std::string_view path);
 
 } // namespace tav::internal
