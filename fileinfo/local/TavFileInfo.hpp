@@ -264,6 +264,10 @@ class TavFileInfo : public Coding, public std::enable_shared_from_this<TavFileIn
   private:
     [[nodiscard]] static TavFileInfoPtr itemIn(std::string_view folder, std::string_view name);
     [[nodiscard]] bool hasNoPath() const { return !itsPath_ || itsPath_->empty(); }
+    /// Without looking where the file is now.
+    [[nodiscard]] std::string_view storedPath() const {
+        return itsPath_ ? std::string_view(*itsPath_) : std::string_view();
+    }
     /// The folder that an operation of this item works in: the item itself, or what it lies in.
     [[nodiscard]] TavFileInfoPtr folder();
     Status takeFileRef(std::optional<FileAttributes>& learned);

@@ -21,11 +21,11 @@ constexpr Image::Size previewSize{128, 128};
 
 } // namespace
 
-std::string TavFileInfo::name() { return std::string(lastPathComponent(itsPath_.value_or(""))); }
+std::string TavFileInfo::name() { return std::string(lastPathComponent(storedPath())); }
 
 std::string TavFileInfo::nameWithoutExtension() { return stringByDeletingPathExtension(name()); }
 
-std::string TavFileInfo::extension() { return std::string(pathExtension(itsPath_.value_or(""))); }
+std::string TavFileInfo::extension() { return std::string(pathExtension(storedPath())); }
 
 void TavFileInfo::setName(std::string_view name) {
     if (name.empty() || !exists()) {
@@ -89,7 +89,8 @@ bool TavFileInfo::isEqualToFileInfo(TavFileInfo* other) {
 }
 
 bool TavFileInfo::contains(TavFileInfo* other) {
-    return isFolder() && other != nullptr && internal::beginsIgnoringCase(other->path(), path());
+    return isFolder() && !hasNoPath() && other != nullptr &&
+           internal::beginsIgnoringCase(other->path(), path());
 }
 
 bool TavFileInfo::cacheAttributes() {
@@ -112,11 +113,11 @@ bool TavFileInfo::cacheAttributes() {
 }
 
 std::optional<Value> TavFileInfo::attribute(std::string_view key) {
-    return cacheAttributes() ? internal::attributeValue(*attrs_, *itsPath_, key) : std::nullopt;
+    return cacheAttributes() ? internal::attributeValue(*attrs_, storedPath(), key) : std::nullopt;
 }
 
 std::uint32_t TavFileInfo::code(std::string_view extendedAttribute) {
-    return cacheAttributes() ? internal::codeValue(attrs_.get(), *itsPath_, extendedAttribute)
+    return cacheAttributes() ? internal::codeValue(attrs_.get(), storedPath(), extendedAttribute)
                              : internal::codeValue(nullptr, {}, extendedAttribute);
 }
 
@@ -125,7 +126,7 @@ std::uint32_t TavFileInfo::typeCode() { return code(internal::typeAttribute); }
 std::uint32_t TavFileInfo::creatorCode() { return code(internal::creatorAttribute); }
 
 std::string TavFileInfo::typeCodeString() {
-    return cacheAttributes() ? internal::typeCodeText(*attrs_, *itsPath_) : std::string();
+    return cacheAttributes() ? internal::typeCodeText(*attrs_, storedPath()) : std::string();
 }
 
 std::optional<Date> TavFileInfo::modificationDate() {

@@ -205,6 +205,51 @@ TEST_F(OlderReferences, AFailedResolutionKeepsTheFlags) {
     EXPECT_TRUE(item->isFile());
 }
 
+TEST_F(OlderReferences, AnAliasWhoseTargetIsLostResolvesToNoPath) {
+    const std::string target = "/folder/" + std::string(100, 'f');
+    const std::string link = "/folder/" + std::string(100, 'l');
+    memory.addFile(target, "123");
+    memory.addLink(link, target);
+    const TavFileInfoPtr item = older(link);
+    ASSERT_TRUE(item->isAlias());
+    ASSERT_EQ(item->size(), 3U);
+    memory.removeAll(target);
+    EXPECT_TRUE(item->resolveAlias());
+    EXPECT_EQ(item->description(), "TavFileInfo has (null) path.");
+    EXPECT_EQ(
+        callsOf([&] {
+            EXPECT_EQ(item->size(), 3U) << "known";
+            EXPECT_EQ(item->typeCode(), 0x3F3F3F3FU);
+            EXPECT_EQ(item->typeCodeString(), "''");
+            EXPECT_NE(item->creationDate(), std::nullopt);
+        }),
+        (Calls{"extendedAttribute  user.tav.type", "extendedAttribute  user.tav.creation-date"}))
+        << "nothing is asked of the paths of before";
+    EXPECT_FALSE(item->exists());
+    item->refresh();
+    EXPECT_EQ(item->size(), 0U);
+}
+
+TEST_F(OlderReferences, AFolderWithoutAPathHoldsNothing) {
+    memory.addFolder("/folder");
+    memory.addLink("/link", "/folder");
+    const TavFileInfoPtr item = older("/link");
+    ASSERT_TRUE(item->isAlias());
+    memory.removeAll("/folder");
+    EXPECT_TRUE(item->resolveAlias());
+    EXPECT_TRUE(item->isFolder()) << "known";
+    EXPECT_FALSE(item->contains(older("/x").get()));
+    EXPECT_TRUE(item->folderContents().empty());
+    EXPECT_TRUE(item->folderContentsDeepWithFilter(nullptr).empty());
+    EXPECT_EQ(item->uniqueFilename("a"), "a");
+    EXPECT_EQ(item->createFolder("a"), nullptr);
+    EXPECT_EQ(item->createFile("a", {}, nullptr)->description(), "TavFileInfo has (null) path.");
+    EXPECT_FALSE(item->removeContents());
+    EXPECT_EQ(older("/x")->copyTo(item.get()), Status::BadParameter);
+    memory.addFile("/x", "");
+    EXPECT_EQ(older("/x")->copyTo(item.get()), Status::Failure);
+}
+
 TEST_F(OlderReferences, TheParentOfTheRootIsTheRoot) {
     EXPECT_EQ(older("/")->parentFolder()->path(), "/");
     EXPECT_EQ(older("/a")->parentFolder()->path(), "/");
