@@ -51,7 +51,7 @@ std::string contentOf(const std::string& path) {
     return content.str();
 }
 
-/// All that is in a folder but in one of its folders: kinds, rights, dates and contents.
+/// All that is in a folder but in one of its folders: kinds, rights, dates, names and contents.
 std::map<std::string, std::string> everythingIn(const std::string& folder, const std::string& but) {
     std::map<std::string, std::string> all;
     std::filesystem::recursive_directory_iterator entry(folder);
@@ -62,7 +62,9 @@ std::map<std::string, std::string> everythingIn(const std::string& folder, const
         // Folders that are worked in have the date of that.
         const bool isFolder = S_ISDIR(status.st_mode);
         all[path] = std::to_string(status.st_mode) + " " +
-                    (isFolder ? "" : std::to_string(status.st_mtim.tv_nsec) + contentOf(path));
+                    (isFolder ? ""
+                              : std::to_string(status.st_mtim.tv_nsec) + " " +
+                                    std::to_string(status.st_nlink) + " " + contentOf(path));
         if (path == but) {
             entry.disable_recursion_pending();
         }

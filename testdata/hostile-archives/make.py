@@ -267,6 +267,8 @@ def tar(first=b"first"):
             tar_header(b"hard2", kind=b"1", target=b"/etc/passwd") +
             tar_header(b"soft", kind=b"2", target=SENTINEL) +
             tar_header(b"soft/new", 5) + b"evil\n".ljust(512, b"\0") +
+            tar_header(b"hard3", kind=b"1", target=b"soft/file") +
+            tar_header(b"hard4", 5, kind=b"1", target=b"soft/file") + b"evil\n".ljust(512, b"\0") +
             tar_header(b"null", kind=b"3", device=(1, 3)) + tar_header(b"disk", kind=b"4", device=(8, 0)) +
             tar_header(b"pipe", kind=b"6") + tar_header(b"suid", mode=0o6755) + bytes(1024))
 
