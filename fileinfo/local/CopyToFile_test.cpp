@@ -276,6 +276,8 @@ TEST_F(CopyToFileTest, ADestinationThatCannotBeOpenedStays) {
     EXPECT_EQ(raisedByCopy("/a", "/home/user/b"),
               "copyToFile: Could not open the file \"~/b\" for writing.");
     EXPECT_EQ(contentOf("/home/user/b"), "old");
+    files.failOperation("OpenFile.setSize", 0);
+    files.failOperation("OpenFile.attributes", EIO);
     EXPECT_EQ(raisedByCopy("/a", "/home/user/new"),
               "copyToFile: Could not open the file \"~/new\" for writing.");
     EXPECT_FALSE(has("/home/user/new"));

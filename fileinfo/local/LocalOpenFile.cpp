@@ -24,8 +24,14 @@ std::shared_ptr<LocalOpenFile> LocalOpenFile::open(std::string_view path, Mode m
     if (!file.ok()) {
         return nullptr;
     }
-    if (mode == Mode::Writing && !file.value()->setSize(0).isNone()) {
-        return nullptr;
+    if (mode == Mode::Writing) {
+        // Some file systems take it for a rewritten file, and write it to the medium when it is
+        // closed, even if it is only made empty once more.
+        const auto attributes = file.value()->attributes();
+        if (!attributes.ok() ||
+            (attributes.value().size != 0 && !file.value()->setSize(0).isNone())) {
+            return nullptr;
+        }
     }
     return std::make_shared<LocalOpenFile>(std::move(file).value(), mode);
 }
