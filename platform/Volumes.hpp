@@ -39,6 +39,11 @@ class Volumes : public Seam<Volumes, internal::realVolumes> {
     /// Of the volume that a path lies on; of what a link at the path leads to. ENOENT for what is
     /// not there.
     virtual Result<VolumeInfo> volumeOfPath(std::string_view path) = 0;
+    /// `freeBytes` of that alone, for whoever asks often.
+    virtual Result<std::uint64_t> freeBytes(std::string_view path) {
+        const Result<VolumeInfo> volume = volumeOfPath(path);
+        return volume.ok() ? Result(volume.value().freeBytes) : volume.error();
+    }
     /// Whether a volume is mounted on this very folder; of a link at the path never.
     virtual bool isVolumeRoot(std::string_view path) = 0;
 };

@@ -390,9 +390,11 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     Result<FileAttributes> _targetAttributes();
     Status _takeFileRef(std::optional<FileAttributes>& learned);
     bool _followFile();
+    /// Where the file is now, asked for once; nothing where there is none.
+    std::optional<std::string> _pathOfExisting();
     bool _cacheAliasInfo(const std::optional<FileAttributes>& learned);
     Result<VolumeInfo> _volumeInfo();
-    std::string _pathOnVolume();
+    std::string _pathOnVolume(const std::optional<FileAttributes>& learned);
     std::uint32_t _code(std::string_view attribute);
     /// Null where the file has none.
     const Data* _extendedAttribute(std::string_view name);

@@ -113,21 +113,29 @@ std::optional<Date> TavMacFileInfo::creationDate() {
 }
 
 void TavMacFileInfo::setModificationDate(std::optional<Date> date) {
-    if (!date || !exists()) {
+    const std::optional<std::string> now = date ? _pathOfExisting() : std::nullopt;
+    if (!now) {
         return;
     }
-    internal::changeModificationDate(path(),
+    internal::changeModificationDate(*now,
                                      mustUseUTCDates() ? shifted(*date, -offsetFromGMT()) : *date);
     refresh();
 }
 
 void TavMacFileInfo::setCreationDate(std::optional<Date> date) {
-    if (!date || !exists()) {
+    if (!date) {
         return;
     }
-    const Date kept = mustUseUTCDates() ? shifted(*date, -offsetFromGMT()) : *date;
-    if (_cacheAttributes()) {
-        internal::changeOwnAttribute(path(), _attrs->file, "NSFileCreationDate", kept);
+    const bool wereKnown = _attrs != nullptr;
+    const bool areKnown = _cacheAttributes();
+    if (!_fileRefValid) {
+        return;
+    }
+    if (areKnown) {
+        // Attributes that were just learned were learned where the file is.
+        internal::changeOwnAttribute(wereKnown ? path() : _itsPath, _attrs->file,
+                                     "NSFileCreationDate",
+                                     mustUseUTCDates() ? shifted(*date, -offsetFromGMT()) : *date);
     }
     refresh();
 }

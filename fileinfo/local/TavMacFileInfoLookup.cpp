@@ -57,7 +57,8 @@ Status TavMacFileInfo::moveTo(TavBaseFileInfo* destination) {
 }
 
 bool TavMacFileInfo::remove() {
-    if (!exists() || !removeItem(path()).isNone()) {
+    const std::optional<std::string> now = _pathOfExisting();
+    if (!now || !removeItem(*now).isNone()) {
         return false;
     }
     refresh();

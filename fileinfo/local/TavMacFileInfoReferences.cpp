@@ -170,6 +170,14 @@ bool TavMacFileInfo::exists() {
     return _fileRefValid;
 }
 
+std::optional<std::string> TavMacFileInfo::_pathOfExisting() {
+    if (_fileRefValid) {
+        return path();
+    }
+    std::optional<FileAttributes> learned;
+    return _takeFileRef(learned) == Status::Success ? std::optional(_itsPath) : std::nullopt;
+}
+
 Status TavMacFileInfo::fileRef(FileRef* outReference) {
     if (outReference != nullptr) {
         *outReference = {};

@@ -27,16 +27,21 @@ bool isAmongVolumes(std::string_view path) {
 } // namespace
 
 /// Where to ask for the item's volume: that of a link is the one that the link lies on.
-std::string TavMacFileInfo::_pathOnVolume() {
-    const std::string own = path();
+/// `learned`: the attributes, when the file was asked for them just now.
+std::string TavMacFileInfo::_pathOnVolume(const std::optional<FileAttributes>& learned) {
+    const std::string own = learned ? _itsPath : path();
+    if (learned && !_folderAliasValid) {
+        _cacheAliasInfo(learned);
+    }
     return isAlias() ? stringByDeletingLastPathComponent(own) : own;
 }
 
 Result<VolumeInfo> TavMacFileInfo::_volumeInfo() {
-    if (fileRef(nullptr) != Status::Success) {
+    std::optional<FileAttributes> learned;
+    if (_takeFileRef(learned) != Status::Success) {
         return SystemError(ENOENT);
     }
-    return Volumes::current().volumeOfPath(_pathOnVolume());
+    return Volumes::current().volumeOfPath(_pathOnVolume(learned));
 }
 
 std::uint64_t TavMacFileInfo::_vRefNum() {
@@ -103,7 +108,8 @@ std::uint64_t TavMacFileInfo::size() {
 
 std::uint64_t TavMacFileInfo::freeSpaceOnVolume() {
     auto item = std::static_pointer_cast<TavMacFileInfo>(shared_from_this());
-    while (item && !item->exists()) {
+    std::optional<FileAttributes> learned;
+    while (item && item->_takeFileRef(learned) != Status::Success) {
         const std::size_t length = item->_itsPath.size();
         item = std::dynamic_pointer_cast<TavMacFileInfo>(item->parentFolder());
         // What is above a relative path is the empty one, and so on for ever.
@@ -114,8 +120,8 @@ std::uint64_t TavMacFileInfo::freeSpaceOnVolume() {
     if (!item) {
         return 0;
     }
-    const Result<VolumeInfo> info = item->_volumeInfo();
-    return info.ok() ? info.value().freeBytes : 0;
+    const auto free = Volumes::current().freeBytes(item->_pathOnVolume(learned));
+    return free.ok() ? free.value() : 0;
 }
 
 void TavMacFileInfo::_cacheBlackberryInfo() {

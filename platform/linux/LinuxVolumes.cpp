@@ -144,6 +144,19 @@ Result<VolumeInfo> LinuxVolumes::volumeOfPath(std::string_view path) {
     return volume;
 }
 
+Result<std::uint64_t> LinuxVolumes::freeBytes(std::string_view path) {
+    const KernelPath kernelPath(path);
+    if (!kernelPath.ok()) {
+        return kernelPath.error();
+    }
+    if (kernelPath.folder() != AT_FDCWD) {
+        return Volumes::freeBytes(path); // there is no call that counts from a folder
+    }
+    struct ::statvfs space {};
+    const SystemError error = errorOf([&] { return ::statvfs(kernelPath.text(), &space); });
+    return error.isNone() ? Result(bytesOf(space.f_bavail, space.f_frsize)) : error;
+}
+
 bool LinuxVolumes::isVolumeRoot(std::string_view path) {
     const KernelPath kernelPath(path);
     struct ::statx status {};

@@ -19,6 +19,7 @@ class LinuxVolumes final : public Volumes {
     explicit LinuxVolumes(std::string table = "/proc/self/mountinfo") : path_(std::move(table)) {}
 
     Result<VolumeInfo> volumeOfPath(std::string_view path) override;
+    Result<std::uint64_t> freeBytes(std::string_view path) override;
     bool isVolumeRoot(std::string_view path) override;
 
     /// How often the table was read.

@@ -54,6 +54,10 @@ TEST_F(LinuxVolumesTest, TellsTheVolumeOfAPath) {
     ASSERT_EQ(::statvfs(folder.path().c_str(), &space), 0);
     EXPECT_EQ(volume.totalBytes, space.f_blocks * space.f_frsize);
     EXPECT_LE(volume.freeBytes, volume.totalBytes);
+    const auto free = volumes.freeBytes(folder.path());
+    ASSERT_TRUE(free.ok());
+    EXPECT_LE(free.value(), volume.totalBytes);
+    EXPECT_GT(free.value(), volume.freeBytes / 2); // others write meanwhile
     struct ::stat status {};
     ASSERT_EQ(::stat(folder.path().c_str(), &status), 0);
     const std::string device =
@@ -93,6 +97,12 @@ TEST_F(LinuxVolumesTest, WhatIsNotThere) {
     EXPECT_EQ(volumes.volumeOfPath("").error(), SystemError(ENOENT));
     EXPECT_EQ(volumes.volumeOfPath(std::string("/\0", 2)).error(), SystemError(EINVAL));
     EXPECT_EQ(volumes.volumeOfPath(folder.path("l")).value().typeName, "proc");
+    EXPECT_EQ(volumes.freeBytes(folder.path("gone")).error(), SystemError(ENOENT));
+    EXPECT_EQ(volumes.freeBytes(folder.path("nowhere")).error(), SystemError(ENOENT));
+    EXPECT_EQ(volumes.freeBytes(folder.path("self")).error(), SystemError(ELOOP));
+    EXPECT_EQ(volumes.freeBytes("").error(), SystemError(ENOENT));
+    EXPECT_EQ(volumes.freeBytes(std::string("/\0", 2)).error(), SystemError(EINVAL));
+    EXPECT_EQ(volumes.freeBytes(folder.path("l")).value(), 0U);
 }
 
 TEST_F(LinuxVolumesTest, NothingIsWaitedForNorLeftOpen) {
@@ -108,6 +118,8 @@ TEST_F(LinuxVolumesTest, NothingIsWaitedForNorLeftOpen) {
     EXPECT_TRUE(volumes.volumeOfPath(folder.path("pipe")).ok());
     EXPECT_EQ(volumes.volumeOfPath(deep).value(), volumes.volumeOfPath(folder.path()).value());
     EXPECT_FALSE(volumes.volumeOfPath(deep + "/gone").ok());
+    EXPECT_TRUE(volumes.freeBytes(deep).ok());
+    EXPECT_FALSE(volumes.freeBytes(deep + "/gone").ok());
     EXPECT_FALSE(volumes.isVolumeRoot(deep));
     EXPECT_EQ(count(), before);
     EXPECT_EQ(volumes.readings(), 1U);
