@@ -3,6 +3,7 @@
 #include "platform/memory/MemoryFileSystem.hpp"
 #include "testing/TemporaryFolder.hpp"
 
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -107,6 +108,55 @@ TEST_F(LinksOutTest, CirclesLeadNowhere) {
     EXPECT_FALSE(stays("l", "a/.."));
     EXPECT_FALSE(stays("l", "self/.."));
     EXPECT_TRUE(has("a") && has("b") && has("self"));
+}
+
+TEST_F(LinksOutTest, NoLinkOfAnyTreeThatStaysLeadsOut) {
+    std::mt19937 random(20101105); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same trees each time
+    const auto oneOf = [&random](std::size_t count) { return random() % count; };
+    const std::vector<std::string> names{"a", "b", "c", "..", "..", ".", ""};
+    std::size_t staying = 0;
+    std::size_t going = 0;
+    for (int round = 0; round < 2000; ++round) {
+        memory.removeAll("/x");
+        // Where a link that leads out finds what it says.
+        std::vector<std::string> folders{"/x/u"};
+        memory.addFolder("/x/a/b/c");
+        memory.addFile("/x/b", "");
+        memory.addFolder(folders.front());
+        std::vector<std::string> links;
+        for (std::size_t item = 0; item < 10; ++item) {
+            const std::string path = folders[oneOf(folders.size())] + "/" + names[oneOf(3)];
+            if (memory.attributes(path).ok()) {
+                continue;
+            }
+            if (oneOf(3) == 0) {
+                memory.addFolder(path);
+                folders.push_back(path);
+                continue;
+            }
+            std::string text = names[oneOf(6)];
+            for (std::size_t more = oneOf(5); more > 0; --more) {
+                text += "/" + names[oneOf(names.size())];
+            }
+            memory.addLink(path, text);
+            links.push_back(path);
+        }
+        ASSERT_TRUE(internal::cleanUnpackedFolder("/x/u").isNone());
+        for (const std::string& link : links) {
+            if (!memory.attributes(link).ok()) {
+                ++going;
+                continue;
+            }
+            const Result<std::string> target = memory.canonicalPath(link);
+            if (target.ok()) {
+                ++staying;
+                EXPECT_TRUE((target.value() + "/").starts_with("/x/u/"))
+                    << round << ": " << link << " -> " << memory.linkTarget(link).value();
+            }
+        }
+    }
+    EXPECT_GT(staying, 500U);
+    EXPECT_GT(going, 500U);
 }
 
 TEST_F(LinksOutTest, AFolderThatCannotBeCleanedIsToldSo) {
