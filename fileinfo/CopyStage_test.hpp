@@ -225,10 +225,7 @@ class StagedFileInfo : public TavPathBasedFileInfo {
         }
         return Status::Success;
     }
-    CopySupport* copySupport() override {
-        enter("copySupport");
-        return stage_->support;
-    }
+    CopySupport* copySupport() override { return stage_->support; }
     Status copyFromFile(TavBaseFileInfo* source, bool ensureUniqueName,
                         const ProgressDelegate* withProgress, void* userData,
                         FileInfoPtr* outNewItem) override {

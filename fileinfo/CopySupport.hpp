@@ -3,8 +3,11 @@
 #include "base/Data.hpp"
 #include "base/Status.hpp"
 #include "fileinfo/OpenFileToken.hpp"
+#include "fileinfo/ProgressDelegate.hpp"
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +26,18 @@ struct FileMetadata {
     };
     std::vector<ExtendedAttribute> extendedAttributes;
     friend bool operator==(const FileMetadata&, const FileMetadata&) = default;
+};
+
+/// A plain copy that is asked for: `copyTo` with five parameters, once it is settled that the
+/// source is a file and that no device drives the copy. All is lent.
+struct PlainCopy {
+    TavBaseFileInfo& source;
+    TavBaseFileInfo& destination;
+    bool ensureUniqueName;
+    const ProgressDelegate* delegate; ///< Null for none.
+    void* userData;
+    std::atomic<bool>& isCancelled;            ///< Set from any thread.
+    std::shared_ptr<TavBaseFileInfo>* newItem; ///< Null when nobody wants it.
 };
 
 /// What a back-end can do for the copies with options, beyond the plain operations of its items. It
@@ -57,6 +72,12 @@ class CopySupport {
                                                    std::uint64_t offset) = 0;
     /// Cuts the file, or grows it by a hole.
     virtual Status setLength(OpenFileToken& writing, std::uint64_t length) = 0;
+
+    /// The plain copy in the back-end's own way and with fewer questions, where nobody can tell it
+    /// from the steps of `copyTo`: how it ended. Nothing when it was not made, which is no failure;
+    /// then nothing has changed, and the steps are to be taken. What the delegate raises goes on to
+    /// the caller unless it is an `Exception`, as with the steps.
+    virtual std::optional<Status> copyAtOnce(const PlainCopy& /*copy*/) { return std::nullopt; }
 };
 
 } // namespace tav

@@ -13,10 +13,6 @@ namespace tav::internal {
 
 namespace {
 
-void logRaised(const Exception& exception) {
-    logVerbose("Error copying file: \"%@\"", exception.reason());
-}
-
 bool exists(const FileInfoPtr& item) { return item && item->exists(); }
 
 /// A second failure tells nobody more.
@@ -59,6 +55,15 @@ Status ItemCopy::copy(TavBaseFileInfo& source, TavBaseFileInfo* destination, boo
     }
     // Whoever hears of the copy may let go of both.
     const FileInfoPtr kept = source.shared_from_this();
+    const bool isPlain = destination != nullptr && options == CopyOptions();
+    if (CopySupport* const support = isPlain ? source.copySupport() : nullptr) {
+        const std::optional<Status> status =
+            support->copyAtOnce({source, *destination, ensureUniqueName, progress, userData,
+                                 source._cancelCopy, outNewItem});
+        if (status) {
+            return *status;
+        }
+    }
     return ItemCopy(source, destination != nullptr ? destination->shared_from_this() : nullptr,
                     ensureUniqueName, progress, userData, options)
         .run(outNewItem);

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/Exception.hpp"
 #include "fileinfo/TavBaseFileInfo.hpp"
+#include "fileinfo/VerboseLog.hpp"
 
 #include <cstdint>
 #include <memory>
@@ -17,6 +19,11 @@ inline constexpr std::string_view copyFileName = "QuillboxCopyFile.tmp";
 
 /// The permissions that a copy has while it grows, where those of the source are carried.
 inline constexpr std::uint32_t ownersAlone = 0600;
+
+/// The line in the log that a copy was ended by an exception.
+inline void logRaised(const Exception& exception) {
+    logVerbose("Error copying file: \"%@\"", exception.reason());
+}
 
 /// One copy of a file by `copyTo`, through what all items can do.
 class ItemCopy {

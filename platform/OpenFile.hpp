@@ -1,11 +1,13 @@
 #pragma once
 
 #include "base/Data.hpp"
+#include "base/Date.hpp"
 #include "base/Result.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace tav {
 
@@ -83,6 +85,11 @@ class OpenFile {
     virtual void forgetCached() = 0;
     /// The number by which the kernel knows the open file, as long as it is open; -1 for none.
     [[nodiscard]] virtual int descriptor() const = 0;
+    /// As the three of `FileSystem` do it by a path, also once the file has no path any more. Dates
+    /// and extended attributes need not be opened for writing.
+    virtual SystemError setModificationDate(Date date) = 0;
+    virtual Result<Data> extendedAttribute(std::string_view name) = 0;
+    virtual SystemError setExtendedAttribute(std::string_view name, BytesView value) = 0;
     /// Waits until the content is on the medium.
     virtual SystemError sync() = 0;
     /// Closes now and answers what the host still had to say about earlier writes; afterwards

@@ -19,13 +19,20 @@ std::optional<Data> internal::ownExtendedAttribute(const FileAttributes& file,
     return value.ok() ? std::optional(std::move(value).value()) : std::nullopt;
 }
 
-SystemError internal::keepCreationDate(std::string_view path, Date date) {
+std::optional<std::string> internal::creationDateText(Date date) {
     if (!std::isfinite(date.secondsSince1970())) {
-        return SystemError(EINVAL);
+        return std::nullopt;
     }
     std::string text;
     appendReal(text, date.secondsSince1970());
-    return FileSystem::current().setExtendedAttribute(path, creationDateAttribute, bytesOf(text));
+    return text;
+}
+
+SystemError internal::keepCreationDate(std::string_view path, Date date) {
+    const std::optional<std::string> text = creationDateText(date);
+    return text ? FileSystem::current().setExtendedAttribute(path, creationDateAttribute,
+                                                             bytesOf(*text))
+                : SystemError(EINVAL);
 }
 
 const Data* internal::CachedAttributes::extended(std::string_view path, std::string_view name) {

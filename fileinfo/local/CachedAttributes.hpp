@@ -43,6 +43,9 @@ class CachedAttributes {
 [[nodiscard]] std::optional<Data>
 ownExtendedAttribute(const FileAttributes& file, std::string_view path, std::string_view name);
 
+/// What a file keeps of a date in `creationDateAttribute`; nothing for one that is no finite
+/// number.
+[[nodiscard]] std::optional<std::string> creationDateText(Date date);
 /// Keeps a date as that of the file's creation, of what the path leads to through links. EINVAL for
 /// one that is no finite number.
 SystemError keepCreationDate(std::string_view path, Date date);

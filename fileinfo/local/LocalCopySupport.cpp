@@ -1,11 +1,13 @@
 #include "fileinfo/local/LocalCopySupport.hpp"
 
 #include "fileinfo/local/LocalOpenFile.hpp"
+#include "fileinfo/local/SmallCopy.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
 #include "platform/NeverDestroyed.hpp"
 
 #include <cerrno>
 #include <limits>
+#include <typeinfo>
 
 namespace tav::internal {
 
@@ -71,6 +73,16 @@ bool readAttributes(std::string_view path,
         }
     }
     return true;
+}
+
+/// Whether the item is what `TavMacFileInfo` makes, and of no class over it.
+bool isPlainLocalItem(const TavBaseFileInfo& item) {
+    static const std::type_info& plain = []() -> const std::type_info& {
+        const FileInfoPtr made = TavMacFileInfo::fileInfo();
+        const TavBaseFileInfo& itself = *made;
+        return typeid(itself);
+    }();
+    return typeid(item) == plain;
 }
 
 } // namespace
@@ -174,6 +186,16 @@ std::optional<WholeFileRange> LocalCopySupport::nextData(OpenFileToken& reading,
 Status LocalCopySupport::setLength(OpenFileToken& writing, std::uint64_t length) {
     LocalOpenFile* const file = LocalOpenFile::stillOpen(&writing);
     return file != nullptr ? statusOf(file->setSize(length)) : Status::NotSupported;
+}
+
+std::optional<Status> LocalCopySupport::copyAtOnce(const PlainCopy& copy) {
+    // A class of its own may do any of the steps in a way of its own.
+    if (!isPlainLocalItem(copy.source) || !isPlainLocalItem(copy.destination)) {
+        return std::nullopt;
+    }
+    return SmallCopy(copy, static_cast<TavMacFileInfo&>(copy.source),
+                     static_cast<TavMacFileInfo&>(copy.destination))
+        .run();
 }
 
 } // namespace tav::internal

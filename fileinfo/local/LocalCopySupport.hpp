@@ -21,6 +21,8 @@ class LocalCopySupport final : public CopySupport {
     Status setMetadata(TavBaseFileInfo& file, const FileMetadata& metadata) override;
     std::optional<WholeFileRange> nextData(OpenFileToken& reading, std::uint64_t offset) override;
     Status setLength(OpenFileToken& writing, std::uint64_t length) override;
+    /// Small files.
+    std::optional<Status> copyAtOnce(const PlainCopy& copy) override;
 };
 
 } // namespace tav::internal

@@ -374,6 +374,13 @@ class CloningFile final : public OpenFile {
     }
     void forgetCached() override { calls.emplace_back("forgetCached"); }
     [[nodiscard]] int descriptor() const override { return -1; }
+    SystemError setModificationDate(Date /*date*/) override { return {}; }
+    Result<Data> extendedAttribute(std::string_view /*name*/) override {
+        return SystemError(ENODATA);
+    }
+    SystemError setExtendedAttribute(std::string_view /*name*/, BytesView /*value*/) override {
+        return {};
+    }
     SystemError sync() override { return {}; }
     SystemError close() override { return {}; }
 

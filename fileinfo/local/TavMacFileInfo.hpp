@@ -25,6 +25,7 @@ class OpenFolder;
 namespace internal {
 class CachedAttributes;
 class FolderWalk;
+class SmallCopy;
 } // namespace internal
 
 /// The item of the local file system: a file, folder, alias or volume named by an absolute path.
@@ -385,6 +386,7 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
 
   private:
     friend class internal::FolderWalk;
+    friend class internal::SmallCopy;
 
     Result<FileAttributes> _ownAttributes();
     Result<FileAttributes> _targetAttributes();

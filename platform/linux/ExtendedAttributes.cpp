@@ -1,5 +1,6 @@
 #include "platform/linux/FileCalls.hpp"
 #include "platform/linux/LinuxFileSystem.hpp"
+#include "platform/linux/LinuxOpenFile.hpp"
 
 #include <algorithm>
 #include <climits>
@@ -64,6 +65,9 @@ Result<Bytes> readWhole(Bytes buffer, Call call) {
     }
 }
 
+/// What is read of most of them at once.
+constexpr std::size_t usualAttribute = 256;
+
 } // namespace
 
 Result<Data> LinuxFileSystem::extendedAttribute(std::string_view path, std::string_view name) {
@@ -71,7 +75,7 @@ Result<Data> LinuxFileSystem::extendedAttribute(std::string_view path, std::stri
     if (!place.error().isNone()) {
         return place.error();
     }
-    return readWhole(Data(256), [&](void* value, std::size_t size) {
+    return readWhole(Data(usualAttribute), [&](void* value, std::size_t size) {
         return ::getxattr(place.path(), place.name(), value, size);
     });
 }
@@ -112,6 +116,26 @@ SystemError LinuxFileSystem::removeExtendedAttribute(std::string_view path, std:
     return place.error().isNone()
                ? errorOf([&] { return ::removexattr(place.path(), place.name()); })
                : place.error();
+}
+
+Result<Data> LinuxOpenFile::extendedAttribute(std::string_view name) {
+    const std::string attribute(name);
+    if (attribute.find('\0') != std::string::npos) {
+        return SystemError(EINVAL);
+    }
+    return readWhole(Data(usualAttribute), [&](void* value, std::size_t size) {
+        return ::fgetxattr(file_.number(), attribute.c_str(), value, size);
+    });
+}
+
+SystemError LinuxOpenFile::setExtendedAttribute(std::string_view name, BytesView value) {
+    const std::string attribute(name);
+    if (attribute.find('\0') != std::string::npos) {
+        return SystemError(EINVAL);
+    }
+    return errorOf([&] {
+        return ::fsetxattr(file_.number(), attribute.c_str(), value.data(), value.size(), 0);
+    });
 }
 
 } // namespace tav

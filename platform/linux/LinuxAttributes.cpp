@@ -3,6 +3,7 @@
 #include "platform/linux/FileCalls.hpp"
 
 #include <cerrno>
+#include <cmath>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -76,6 +77,25 @@ Result<FileAttributes> attributesAt(int folder, const char* path, int flags) {
         attributes.mount = status.stx_mnt_id;
     }
     return attributes;
+}
+
+std::optional<struct ::timespec> kernelTimeOf(Date date) {
+    constexpr double limit = 9.2e18; // seconds, well below 2^63
+    const double seconds = std::floor(date.secondsSinceReferenceDate());
+    if (!(std::abs(seconds) <= limit)) {
+        return std::nullopt;
+    }
+    struct ::timespec time {};
+    // Moved to 1970 as a whole number, which a double may be too narrow for together with the
+    // fraction.
+    time.tv_sec =
+        static_cast<::time_t>(seconds) + static_cast<::time_t>(Date::secondsFrom1970To2001);
+    time.tv_nsec = std::lround((date.secondsSinceReferenceDate() - seconds) * 1e9);
+    if (time.tv_nsec == 1'000'000'000) {
+        ++time.tv_sec;
+        time.tv_nsec = 0;
+    }
+    return time;
 }
 
 } // namespace tav

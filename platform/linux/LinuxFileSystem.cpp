@@ -33,26 +33,6 @@ Result<FileAttributes> attributesOf(std::string_view path, int flags) {
                            : Result<FileAttributes>(kernelPath.error());
 }
 
-/// A date as the kernel wants it, to the nearest nanosecond; nothing for one that it cannot take.
-std::optional<struct ::timespec> kernelTimeOf(Date date) {
-    constexpr double limit = 9.2e18; // seconds, well below 2^63
-    const double seconds = std::floor(date.secondsSinceReferenceDate());
-    if (!(std::abs(seconds) <= limit)) {
-        return std::nullopt;
-    }
-    struct ::timespec time {};
-    // Moved to 1970 as a whole number, which a double may be too narrow for together with the
-    // fraction.
-    time.tv_sec =
-        static_cast<::time_t>(seconds) + static_cast<::time_t>(Date::secondsFrom1970To2001);
-    time.tv_nsec = std::lround((date.secondsSinceReferenceDate() - seconds) * 1e9);
-    if (time.tv_nsec == 1'000'000'000) {
-        ++time.tv_sec;
-        time.tv_nsec = 0;
-    }
-    return time;
-}
-
 } // namespace
 
 FileSystem& internal::realFileSystem() {

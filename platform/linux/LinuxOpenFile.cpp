@@ -1,14 +1,17 @@
 #include "platform/linux/LinuxOpenFile.hpp"
 
+#include "platform/linux/FileCalls.hpp"
 #include "platform/linux/LinuxAttributes.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <limits>
 
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tav {
@@ -148,6 +151,15 @@ void LinuxOpenFile::forgetCached() {
 }
 
 int LinuxOpenFile::descriptor() const { return file_.number(); }
+
+SystemError LinuxOpenFile::setModificationDate(Date date) {
+    const auto time = kernelTimeOf(date);
+    if (!time) {
+        return SystemError(EINVAL);
+    }
+    const std::array<struct ::timespec, 2> times = {{{0, UTIME_OMIT}, *time}};
+    return errorOf([&] { return ::futimens(file_.number(), times.data()); });
+}
 
 SystemError LinuxOpenFile::sync() {
     return retryInterrupted([&] { return ::fsync(file_.number()); }) < 0 ? SystemError(errno)

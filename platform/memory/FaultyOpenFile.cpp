@@ -74,6 +74,21 @@ void FaultyOpenFile::forgetCached() { inner_->forgetCached(); }
 
 int FaultyOpenFile::descriptor() const { return inner_->descriptor(); }
 
+SystemError FaultyOpenFile::setModificationDate(Date date) {
+    const SystemError error = files_.count("OpenFile.setModificationDate");
+    return error.isNone() ? inner_->setModificationDate(date) : error;
+}
+
+Result<Data> FaultyOpenFile::extendedAttribute(std::string_view name) {
+    const SystemError error = files_.count("OpenFile.extendedAttribute");
+    return error.isNone() ? inner_->extendedAttribute(name) : error;
+}
+
+SystemError FaultyOpenFile::setExtendedAttribute(std::string_view name, BytesView value) {
+    const SystemError error = files_.count("OpenFile.setExtendedAttribute");
+    return error.isNone() ? inner_->setExtendedAttribute(name, value) : error;
+}
+
 SystemError FaultyOpenFile::sync() {
     const SystemError error = files_.count("OpenFile.sync");
     return error.isNone() ? inner_->sync() : error;

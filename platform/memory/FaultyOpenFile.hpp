@@ -29,6 +29,9 @@ class FaultyOpenFile final : public OpenFile {
                            std::uint64_t offset) override;
     void forgetCached() override;
     [[nodiscard]] int descriptor() const override;
+    SystemError setModificationDate(Date date) override;
+    Result<Data> extendedAttribute(std::string_view name) override;
+    SystemError setExtendedAttribute(std::string_view name, BytesView value) override;
     SystemError sync() override;
     SystemError close() override;
 

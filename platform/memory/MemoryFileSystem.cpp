@@ -465,10 +465,13 @@ SystemError MemoryFileSystem::setModificationDate(std::string_view path, Date da
     if (!place.ok()) {
         return place.error();
     }
+    return setDate(*place.value().node, date);
+}
+
+SystemError MemoryFileSystem::setDate(MemoryNode& node, Date date) {
     if (!(std::abs(date.secondsSinceReferenceDate()) <= furthestDate)) {
         return SystemError(EINVAL);
     }
-    MemoryNode& node = *place.value().node;
     if (const SystemError error = errorOfChange(node); !error.isNone()) {
         return error;
     }
@@ -477,10 +480,18 @@ SystemError MemoryFileSystem::setModificationDate(std::string_view path, Date da
     return {};
 }
 
+/// Why nothing can have an extended attribute of such a name.
+SystemError MemoryFileSystem::errorOfAttributeName(std::string_view name) const {
+    constexpr std::string_view ofUsers = "user.";
+    if (!keepsExtendedAttributes || !name.starts_with(ofUsers)) {
+        return SystemError(ENOTSUP);
+    }
+    return name == ofUsers ? SystemError(EINVAL) : SystemError();
+}
+
 /// The node, or why it has no attributes of such a name.
 Result<MemoryNode*> MemoryFileSystem::findWithAttributes(std::string_view path,
                                                          std::string_view name) {
-    constexpr std::string_view ofUsers = "user.";
     if (name.find('\0') != std::string_view::npos) {
         return SystemError(EINVAL);
     }
@@ -491,10 +502,24 @@ Result<MemoryNode*> MemoryFileSystem::findWithAttributes(std::string_view path,
     if (!place.ok()) {
         return place.error();
     }
-    if (!keepsExtendedAttributes || !name.starts_with(ofUsers)) {
-        return SystemError(ENOTSUP);
+    const SystemError error = errorOfAttributeName(name);
+    return error.isNone() ? Result(place.value().node) : error;
+}
+
+Result<Data> MemoryFileSystem::attributeOf(const MemoryNode& node, std::string_view name) {
+    const auto found = node.extendedAttributes.find(name);
+    return found == node.extendedAttributes.end() ? Result<Data>(SystemError(ENODATA))
+                                                  : Result(found->second);
+}
+
+SystemError MemoryFileSystem::setAttribute(MemoryNode& node, std::string_view name,
+                                           BytesView value) {
+    if (const SystemError error = errorOfChange(node); !error.isNone()) {
+        return error;
     }
-    return name == ofUsers ? Result<MemoryNode*>(SystemError(EINVAL)) : Result(place.value().node);
+    node.extendedAttributes[std::string(name)].assign(value.begin(), value.end());
+    node.attributes.changeDate = takeTime();
+    return {};
 }
 
 Result<Data> MemoryFileSystem::extendedAttribute(std::string_view path, std::string_view name) {
@@ -503,9 +528,7 @@ Result<Data> MemoryFileSystem::extendedAttribute(std::string_view path, std::str
     if (!node.ok()) {
         return node.error();
     }
-    const auto& attributes = node.value()->extendedAttributes;
-    const auto found = attributes.find(name);
-    return found == attributes.end() ? Result<Data>(SystemError(ENODATA)) : Result(found->second);
+    return attributeOf(*node.value(), name);
 }
 
 SystemError MemoryFileSystem::setExtendedAttribute(std::string_view path, std::string_view name,
@@ -515,15 +538,7 @@ SystemError MemoryFileSystem::setExtendedAttribute(std::string_view path, std::s
         return SystemError(E2BIG);
     }
     const auto node = findWithAttributes(path, name);
-    if (!node.ok()) {
-        return node.error();
-    }
-    if (const SystemError error = errorOfChange(*node.value()); !error.isNone()) {
-        return error;
-    }
-    node.value()->extendedAttributes[std::string(name)].assign(value.begin(), value.end());
-    node.value()->attributes.changeDate = takeTime();
-    return {};
+    return node.ok() ? setAttribute(*node.value(), name, value) : node.error();
 }
 
 Result<std::vector<std::string>> MemoryFileSystem::extendedAttributeNames(std::string_view path) {

@@ -99,6 +99,10 @@ class MemoryFileSystem final : public FileSystem {
                                      MemoryNode* folder = nullptr);
     Result<MemoryNode*> findFolder(std::string_view path, Last last, MemoryNode* folder = nullptr);
     Result<MemoryNode*> findWithAttributes(std::string_view path, std::string_view name);
+    [[nodiscard]] SystemError errorOfAttributeName(std::string_view name) const;
+    static Result<Data> attributeOf(const MemoryNode& node, std::string_view name);
+    SystemError setAttribute(MemoryNode& node, std::string_view name, BytesView value);
+    SystemError setDate(MemoryNode& node, Date date);
     Result<FileAttributes> attributesOf(std::string_view path, Last last,
                                         MemoryNode* folder = nullptr);
     Result<std::string> linkTargetOf(std::string_view path, MemoryNode* folder);

@@ -151,6 +151,23 @@ void MemoryOpenFile::forgetCached() {}
 
 int MemoryOpenFile::descriptor() const { return -1; }
 
+SystemError MemoryOpenFile::setModificationDate(Date date) {
+    const SystemError error = begin("setModificationDate");
+    return error.isNone() ? files_.setDate(*node_, date) : error;
+}
+
+Result<Data> MemoryOpenFile::extendedAttribute(std::string_view name) {
+    SystemError error = begin("extendedAttribute");
+    error = error.isNone() ? files_.errorOfAttributeName(name) : error;
+    return error.isNone() ? MemoryFileSystem::attributeOf(*node_, name) : error;
+}
+
+SystemError MemoryOpenFile::setExtendedAttribute(std::string_view name, BytesView value) {
+    SystemError error = begin("setExtendedAttribute");
+    error = error.isNone() ? files_.errorOfAttributeName(name) : error;
+    return error.isNone() ? files_.setAttribute(*node_, name, value) : error;
+}
+
 SystemError MemoryOpenFile::sync() { return begin("sync"); }
 
 SystemError MemoryOpenFile::close() {

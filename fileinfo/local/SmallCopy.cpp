@@ -1,0 +1,186 @@
+#include "fileinfo/local/SmallCopy.hpp"
+
+#include "base/Exception.hpp"
+#include "base/PathString.hpp"
+#include "fileinfo/CopyStatus.hpp"
+#include "fileinfo/ItemCopy.hpp"
+#include "fileinfo/local/CachedAttributes.hpp"
+#include "fileinfo/local/TavMacFileInfo.hpp"
+#include "platform/Volumes.hpp"
+
+#include <array>
+#include <cerrno>
+#include <span>
+
+namespace tav::internal {
+
+namespace {
+
+/// Larger files gain nothing by sparing some calls.
+constexpr std::size_t largestSmallFile = std::size_t{64} << 10U;
+
+} // namespace
+
+/// The file under its temporary name, which goes away unless it is put in place.
+class SmallCopy::NewFile {
+  public:
+    explicit NewFile(const std::string& path) : path_(path) {
+        OpenOptions options;
+        options.write = true;
+        options.create = true;
+        options.mustBeNew = true;
+        auto file = FileSystem::current().open(path_, options);
+        if (file.ok()) {
+            file_ = std::move(file).value();
+            isThere_ = true;
+        }
+    }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+    ~NewFile() { discard(); }
+
+    [[nodiscard]] bool isThere() const { return isThere_; }
+    OpenFile& operator*() { return *file_; }
+
+    void discard() {
+        if (isThere_) {
+            file_.reset();
+            static_cast<void>(FileSystem::current().removeFile(path_));
+            isThere_ = false;
+        }
+    }
+    /// From here on it stays, under one name or the other.
+    bool putInPlace(const std::string& path) {
+        file_.reset();
+        isThere_ = false;
+        return FileSystem::current().move(path_, path, Replace::No).isNone();
+    }
+
+  private:
+    const std::string& path_;
+    std::unique_ptr<OpenFile> file_;
+    bool isThere_ = false;
+};
+
+std::optional<Status> SmallCopy::run() {
+    if (!findPaths() || !openSource() || !hasRoom()) {
+        return std::nullopt;
+    }
+    NewFile file(temporaryPath_);
+    if (!file.isThere() || copy_.isCancelled.load(std::memory_order_relaxed) ||
+        !copyContent(file)) {
+        return std::nullopt;
+    }
+    if (const std::optional<Status> ended = report(file)) {
+        return ended;
+    }
+    setDates(file);
+    reading_.reset();
+    const bool isInPlace = file.putInPlace(path_);
+    if (copy_.newItem != nullptr) {
+        *copy_.newItem = newItem(isInPlace);
+    }
+    return Status::Success;
+}
+
+/// Only a name that is free: what stands in the way is replaced step by step.
+bool SmallCopy::findPaths() {
+    if (destination_.exists()) {
+        if (copy_.ensureUniqueName || !destination_.isFolder() || destination_.isAlias() ||
+            destination_._itsPath.empty()) {
+            return false;
+        }
+        folder_ = destination_._itsPath;
+        path_ = stringByAppendingPathComponent(folder_, source_.name());
+        if (FileSystem::current().attributes(path_).error() != SystemError(ENOENT)) {
+            return false;
+        }
+    } else {
+        path_ = destination_._itsPath;
+        folder_ = stringByDeletingLastPathComponent(path_);
+    }
+    if (!folder_.starts_with('/') || path_ == folder_) {
+        return false;
+    }
+    temporaryPath_ = stringByAppendingPathComponent(folder_, copyFileName);
+    return path_ != temporaryPath_ && !path_.ends_with('/');
+}
+
+/// Whether the source is the file that the item knows, and small.
+bool SmallCopy::openSource() {
+    if (source_.isAlias()) {
+        return false;
+    }
+    auto file = FileSystem::current().open(source_._itsPath, OpenOptions());
+    const auto found = file.ok() ? file.value()->attributes() : file.error();
+    if (!found.ok() || found.value().size > largestSmallFile ||
+        !isSameFile(source_._itsFileRef, found.value())) {
+        return false;
+    }
+    if (!source_._attrs) {
+        source_._attrs = std::make_unique<CachedAttributes>(found.value());
+    } else if (source_._attrs->file.size != found.value().size ||
+               source_._attrs->file.modificationDate != found.value().modificationDate) {
+        return false; // the item goes by what it learned once
+    }
+    reading_ = std::move(file).value();
+    size_ = static_cast<std::size_t>(found.value().size);
+    return true;
+}
+
+bool SmallCopy::hasRoom() {
+    const Result<std::uint64_t> free = Volumes::current().freeBytes(folder_);
+    return free.ok() && free.value() >= size_;
+}
+
+bool SmallCopy::copyContent(NewFile& file) {
+    if (size_ == 0) {
+        return true;
+    }
+    std::array<std::byte, largestSmallFile> buffer; // NOLINT(*-member-init): it is read into
+    const std::span<std::byte> bytes(buffer.data(), size_);
+    const auto got = reading_->readAt(0, bytes);
+    return got.ok() && got.value() == size_ && (*file).write(bytes).isNone();
+}
+
+/// How the copy ended when the delegate raised; otherwise it goes on.
+std::optional<Status> SmallCopy::report(NewFile& file) {
+    if (size_ == 0 || copy_.delegate == nullptr || !copy_.delegate->copyingFile) {
+        return std::nullopt;
+    }
+    const auto temporaryFile = TavMacFileInfo::fileInfoWithPath(temporaryPath_);
+    try {
+        constexpr float whole = 100;
+        copy_.isCancelled.store(
+            copy_.delegate->copyingFile(source_, *temporaryFile, whole, copy_.userData),
+            std::memory_order_relaxed);
+        return std::nullopt;
+    } catch (const Exception& exception) {
+        logRaised(exception);
+        file.discard();
+        if (copy_.newItem != nullptr) {
+            // Nothing stands there, as nothing did before.
+            *copy_.newItem = destination_.exists() ? TavMacFileInfo::fileInfoWithPath(path_)
+                                                   : destination_.shared_from_this();
+        }
+        return CopyStatus::raised;
+    }
+}
+
+void SmallCopy::setDates(NewFile& file) {
+    const std::optional<Date> creation = source_.creationDate();
+    if (creation) {
+        if (const std::optional<std::string> text = creationDateText(*creation)) {
+            static_cast<void>((*file).setExtendedAttribute(creationDateAttribute, bytesOf(*text)));
+        }
+    }
+    if (const std::optional<Date> modification = source_.modificationDate()) {
+        static_cast<void>((*file).setModificationDate(*modification));
+    }
+}
+
+std::shared_ptr<TavMacFileInfo> SmallCopy::newItem(bool isInPlace) {
+    return TavMacFileInfo::fileInfoWithPath(isInPlace ? path_ : temporaryPath_);
+}
+
+} // namespace tav::internal
