@@ -308,9 +308,9 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     [[nodiscard]] virtual bool deviceControlsCopy();
     virtual void setDeviceControlsCopy(bool controls);
     [[nodiscard]] virtual std::uint64_t preferredChunkSize(); ///< 8192 bytes.
-    /// Copies a range of this file straight into the same range of another one, where that goes
-    /// without reading it: whether it was done. False leaves the other file as it was; then the
-    /// range is to be read and written. Never here.
+    /// Copies a range of this file straight into the same range of another one, where the back-end
+    /// knows a faster way than reading and writing it: whether the whole range was copied. If not,
+    /// nothing outside the range has changed, and it is to be read and written. Never here.
     virtual bool cloneRange(FileRange range, OpenFileToken* readFileUserData,
                             TavBaseFileInfo* destination, OpenFileToken* writeFileUserData);
     /// What the copies with options lean on; null here, and they do without.

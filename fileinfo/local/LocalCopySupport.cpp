@@ -75,7 +75,8 @@ bool readAttributes(std::string_view path,
     return true;
 }
 
-/// Whether the item is what `TavMacFileInfo` makes, and of no class over it.
+} // namespace
+
 bool isPlainLocalItem(const TavBaseFileInfo& item) {
     static const std::type_info& plain = []() -> const std::type_info& {
         const FileInfoPtr made = TavMacFileInfo::fileInfo();
@@ -84,8 +85,6 @@ bool isPlainLocalItem(const TavBaseFileInfo& item) {
     }();
     return typeid(item) == plain;
 }
-
-} // namespace
 
 LocalCopySupport& LocalCopySupport::shared() { return neverDestroyed<LocalCopySupport>(); }
 
@@ -189,7 +188,6 @@ Status LocalCopySupport::setLength(OpenFileToken& writing, std::uint64_t length)
 }
 
 std::optional<Status> LocalCopySupport::copyAtOnce(const PlainCopy& copy) {
-    // A class of its own may do any of the steps in a way of its own.
     if (!isPlainLocalItem(copy.source) || !isPlainLocalItem(copy.destination)) {
         return std::nullopt;
     }

@@ -25,4 +25,8 @@ class LocalCopySupport final : public CopySupport {
     std::optional<Status> copyAtOnce(const PlainCopy& copy) override;
 };
 
+/// Whether the item is what `TavMacFileInfo` makes, and of no class over it that may do some of the
+/// steps in a way of its own.
+[[nodiscard]] bool isPlainLocalItem(const TavBaseFileInfo& item);
+
 } // namespace tav::internal

@@ -3,9 +3,11 @@
 #include "fileinfo/OpenFileToken.hpp"
 #include "platform/OpenFile.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace tav::internal {
@@ -38,6 +40,9 @@ class LocalOpenFile final : public OpenFileToken {
     /// Lets the range share the blocks of the same range of another file; whether that went. Once
     /// it did not, it is not tried again: the two files are where they are.
     bool cloneRange(LocalOpenFile& from, WholeFileRange range);
+    /// Copies a large range through memory that the kernel copies to and from fastest: whether all
+    /// of it went. Of a failure nothing is noted: whoever then reads and writes the range meets it.
+    bool copyRange(LocalOpenFile& from, WholeFileRange range);
     /// The file is closed afterwards, whatever is answered.
     SystemError close();
 
@@ -45,12 +50,18 @@ class LocalOpenFile final : public OpenFileToken {
     [[nodiscard]] SystemError failure() const { return failure_; }
 
   private:
+    std::span<std::byte> pageBuffer(std::size_t size);
     SystemError growTo(std::uint64_t location);
     SystemError noted(SystemError error);
 
     std::unique_ptr<OpenFile> file_; ///< Null when closed.
     Mode mode_;
     bool mayClone_ = true;
+    struct PageBufferDeleter {
+        void operator()(std::byte* bytes) const;
+    };
+    std::unique_ptr<std::byte[], PageBufferDeleter> buffer_;
+    std::size_t bufferSize_ = 0;
     /// Where the next write happens, unless that is not known.
     std::optional<std::uint64_t> position_ = 0;
     /// The file is at least as long, unless somebody else has cut it.

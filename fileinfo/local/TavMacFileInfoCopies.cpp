@@ -149,12 +149,16 @@ class PendingCopy {
 } // namespace
 
 bool TavMacFileInfo::cloneRange(FileRange range, OpenFileToken* readFileUserData,
-                                TavBaseFileInfo* /*destination*/,
-                                OpenFileToken* writeFileUserData) {
+                                TavBaseFileInfo* destination, OpenFileToken* writeFileUserData) {
     LocalOpenFile* const from = LocalOpenFile::stillOpen(readFileUserData);
     LocalOpenFile* const to = LocalOpenFile::stillOpen(writeFileUserData);
-    return from != nullptr && to != nullptr &&
-           to->cloneRange(*from, {range.location, range.length});
+    if (from == nullptr || to == nullptr || destination == nullptr) {
+        return false;
+    }
+    const WholeFileRange wide{range.location, range.length};
+    return to->cloneRange(*from, wide) ||
+           (internal::isPlainLocalItem(*this) && internal::isPlainLocalItem(*destination) &&
+            to->copyRange(*from, wide));
 }
 
 CopySupport* TavMacFileInfo::copySupport() { return &internal::LocalCopySupport::shared(); }
