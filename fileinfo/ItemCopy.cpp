@@ -55,6 +55,7 @@ Status ItemCopy::copy(TavBaseFileInfo& source, TavBaseFileInfo* destination, boo
     }
     // Whoever hears of the copy may let go of both.
     const FileInfoPtr kept = source.shared_from_this();
+    const FileInfoPtr target = destination != nullptr ? destination->shared_from_this() : nullptr;
     const bool isPlain = destination != nullptr && options == CopyOptions();
     if (CopySupport* const support = isPlain ? source.copySupport() : nullptr) {
         const std::optional<Status> status =
@@ -64,9 +65,7 @@ Status ItemCopy::copy(TavBaseFileInfo& source, TavBaseFileInfo* destination, boo
             return *status;
         }
     }
-    return ItemCopy(source, destination != nullptr ? destination->shared_from_this() : nullptr,
-                    ensureUniqueName, progress, userData, options)
-        .run(outNewItem);
+    return ItemCopy(source, target, ensureUniqueName, progress, userData, options).run(outNewItem);
 }
 
 ItemCopy::ItemCopy(TavBaseFileInfo& source, FileInfoPtr destination, bool ensureUniqueName,

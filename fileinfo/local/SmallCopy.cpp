@@ -2,6 +2,7 @@
 
 #include "base/Exception.hpp"
 #include "base/PathString.hpp"
+#include "fileinfo/CleanUp.hpp"
 #include "fileinfo/CopyStatus.hpp"
 #include "fileinfo/ItemCopy.hpp"
 #include "fileinfo/local/CachedAttributes.hpp"
@@ -63,6 +64,15 @@ class SmallCopy::NewFile {
 };
 
 std::optional<Status> SmallCopy::run() {
+    const bool knewAttributes = source_._attrs != nullptr;
+    const std::optional<Status> ended = copyAtOnce();
+    if (!ended && !knewAttributes) {
+        source_._attrs.reset(); // the steps learn them later
+    }
+    return ended;
+}
+
+std::optional<Status> SmallCopy::copyAtOnce() {
     if (!findPaths() || !openSource() || !hasRoom()) {
         return std::nullopt;
     }
@@ -74,18 +84,24 @@ std::optional<Status> SmallCopy::run() {
     if (const std::optional<Status> ended = report(file)) {
         return ended;
     }
-    setDates(file);
+    const SystemError dating = setDates(file);
     reading_.reset();
     const bool isInPlace = file.putInPlace(path_);
+    if (!dating.isNone()) {
+        logVerbose("Failed to set the modification date for file \"%@\".",
+                   isInPlace ? path_ : temporaryPath_);
+    }
+    const auto made = newItem(isInPlace);
     if (copy_.newItem != nullptr) {
-        *copy_.newItem = newItem(isInPlace);
+        *copy_.newItem = made;
     }
     return Status::Success;
 }
 
 /// Only a name that is free: what stands in the way is replaced step by step.
 bool SmallCopy::findPaths() {
-    if (destination_.exists()) {
+    isIntoFolder_ = destination_.exists();
+    if (isIntoFolder_) {
         if (copy_.ensureUniqueName || !destination_.isFolder() || destination_.isAlias() ||
             destination_._itsPath.empty()) {
             return false;
@@ -98,6 +114,10 @@ bool SmallCopy::findPaths() {
     } else {
         path_ = destination_._itsPath;
         folder_ = stringByDeletingLastPathComponent(path_);
+        const auto found = FileSystem::current().attributes(folder_);
+        if (!found.ok() || found.value().kind != FileKind::Folder) {
+            return false; // behind an alias the room is that of the volume where the alias lies
+        }
     }
     if (!folder_.starts_with('/') || path_ == folder_) {
         return false;
@@ -148,26 +168,27 @@ std::optional<Status> SmallCopy::report(NewFile& file) {
     if (size_ == 0 || copy_.delegate == nullptr || !copy_.delegate->copyingFile) {
         return std::nullopt;
     }
-    const auto temporaryFile = TavMacFileInfo::fileInfoWithPath(temporaryPath_);
+    shown_ = TavMacFileInfo::fileInfoWithPath(temporaryPath_);
+    const CleanUp forgetting([this] { shown_->refresh(); }); // as when it is closed
     try {
         constexpr float whole = 100;
         copy_.isCancelled.store(
-            copy_.delegate->copyingFile(source_, *temporaryFile, whole, copy_.userData),
+            copy_.delegate->copyingFile(source_, *shown_, whole, copy_.userData),
             std::memory_order_relaxed);
         return std::nullopt;
     } catch (const Exception& exception) {
         logRaised(exception);
         file.discard();
         if (copy_.newItem != nullptr) {
-            // Nothing stands there, as nothing did before.
-            *copy_.newItem = destination_.exists() ? TavMacFileInfo::fileInfoWithPath(path_)
-                                                   : destination_.shared_from_this();
+            *copy_.newItem = isIntoFolder_ ? TavMacFileInfo::fileInfoWithPath(path_)
+                                           : destination_.shared_from_this();
         }
         return CopyStatus::raised;
     }
 }
 
-void SmallCopy::setDates(NewFile& file) {
+/// Why the date of modification could not be set.
+SystemError SmallCopy::setDates(NewFile& file) {
     const std::optional<Date> creation = source_.creationDate();
     if (creation) {
         if (const std::optional<std::string> text = creationDateText(*creation)) {
@@ -175,12 +196,21 @@ void SmallCopy::setDates(NewFile& file) {
         }
     }
     if (const std::optional<Date> modification = source_.modificationDate()) {
-        static_cast<void>((*file).setModificationDate(*modification));
+        return (*file).setModificationDate(*modification);
     }
+    return {};
 }
 
+/// The very item that the delegate was shown, where there was one.
 std::shared_ptr<TavMacFileInfo> SmallCopy::newItem(bool isInPlace) {
-    return TavMacFileInfo::fileInfoWithPath(isInPlace ? path_ : temporaryPath_);
+    if (!shown_) {
+        return TavMacFileInfo::fileInfoWithPath(isInPlace ? path_ : temporaryPath_);
+    }
+    shown_->refresh();
+    if (isInPlace) {
+        shown_->setPath(path_);
+    }
+    return shown_;
 }
 
 } // namespace tav::internal

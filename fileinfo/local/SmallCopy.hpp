@@ -31,21 +31,24 @@ class SmallCopy {
   private:
     class NewFile;
 
+    std::optional<Status> copyAtOnce();
     bool findPaths();
     bool openSource();
     bool hasRoom();
     bool copyContent(NewFile& file);
-    void setDates(NewFile& file);
+    SystemError setDates(NewFile& file);
     std::optional<Status> report(NewFile& file);
     std::shared_ptr<TavMacFileInfo> newItem(bool isInPlace);
 
     const PlainCopy& copy_;
     TavMacFileInfo& source_;
     TavMacFileInfo& destination_;
+    bool isIntoFolder_ = false; ///< Otherwise the destination is the new file's item.
     std::string folder_;
     std::string path_;          ///< Of the new file in the end.
     std::string temporaryPath_; ///< Until then.
     std::unique_ptr<OpenFile> reading_;
+    std::shared_ptr<TavMacFileInfo> shown_; ///< What the delegate was shown.
     std::size_t size_ = 0;
 };
 
