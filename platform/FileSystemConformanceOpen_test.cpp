@@ -512,5 +512,53 @@ TEST_P(OpenFileConformance, ReadingAndWritingChangeTheDatesAsTheyShould) {
     EXPECT_EQ(file->attributes().value().modificationDate, attributesOf("f").modificationDate);
 }
 
+// Dates and extended attributes.
+
+TEST_P(OpenFileConformance, AnOpenFileKnowsItsDateWhereverItIs) {
+    makeFile("f", "content");
+    const auto file = opened("f", forReading);
+    ASSERT_NE(file, nullptr);
+    EXPECT_TRUE(files.move(path("f"), path("g"), Replace::No).isNone());
+    EXPECT_TRUE(file->setModificationDate(Date(1234.5)).isNone());
+    EXPECT_EQ(files.attributes(path("g")).value().modificationDate, Date(1234.5));
+    EXPECT_EQ(file->setModificationDate(Date(1e300)).number(), EINVAL);
+    EXPECT_TRUE(files.removeFile(path("g")).isNone());
+    EXPECT_TRUE(file->setModificationDate(Date(1.0)).isNone());
+    EXPECT_EQ(file->attributes().value().modificationDate, Date(1.0));
+}
+
+TEST_P(OpenFileConformance, AnOpenFileKnowsItsExtendedAttributes) {
+    makeFile("f", "content");
+    const auto file = opened("f", forWriting);
+    ASSERT_NE(file, nullptr);
+    const SystemError error = file->setExtendedAttribute("user.tav.a", bytesOf("one"));
+    if (error == SystemError(ENOTSUP)) {
+        GTEST_SKIP() << "the file system keeps no extended attributes";
+    }
+    EXPECT_TRUE(error.isNone());
+    EXPECT_EQ(textOf(files.extendedAttribute(path("f"), "user.tav.a").value()), "one");
+    EXPECT_TRUE(file->setExtendedAttribute("user.tav.a", bytesOf(std::string(1000, 'x'))).isNone());
+    EXPECT_EQ(file->extendedAttribute("user.tav.a").value().size(), 1000U);
+    EXPECT_EQ(file->extendedAttribute("user.tav.b").error().number(), ENODATA);
+    const std::string_view withNul("user.tav.a\0b", 12);
+    EXPECT_EQ(file->extendedAttribute(withNul).error().number(), EINVAL);
+    EXPECT_EQ(file->setExtendedAttribute(withNul, {}).number(), EINVAL);
+    for (const std::string& name : {std::string(), std::string("user.") + std::string(300, 'n')}) {
+        EXPECT_EQ(file->setExtendedAttribute(name, {}).number(), ERANGE) << name;
+        EXPECT_EQ(file->extendedAttribute(name).error().number(), ERANGE) << name;
+    }
+    EXPECT_EQ(file->setExtendedAttribute("user.big", Data((64U << 10U) + 1)).number(), E2BIG);
+}
+
+TEST_P(OpenFileConformance, AClosedFileHasNoDateAndNoAttributes) {
+    makeFile("f", "content");
+    const auto file = opened("f", forWriting);
+    ASSERT_NE(file, nullptr);
+    EXPECT_TRUE(file->close().isNone());
+    EXPECT_EQ(file->setModificationDate(Date(1.0)).number(), EBADF);
+    EXPECT_EQ(file->extendedAttribute("user.tav.a").error().number(), EBADF);
+    EXPECT_EQ(file->setExtendedAttribute("user.tav.a", {}).number(), EBADF);
+}
+
 } // namespace
 } // namespace tav

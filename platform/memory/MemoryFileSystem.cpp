@@ -18,7 +18,6 @@ constexpr double secondsBetweenChanges = 1.0 / 1024;
 constexpr std::uint32_t permissionBits = 07777;
 constexpr std::size_t longestTarget = 4095;
 constexpr std::size_t longestAttributeName = 255;
-constexpr std::size_t largestAttribute = 65536;
 constexpr double furthestDate = 9.2e18;
 
 SystemError errorOfTarget(std::string_view target) {
@@ -480,9 +479,20 @@ SystemError MemoryFileSystem::setDate(MemoryNode& node, Date date) {
     return {};
 }
 
-/// Why nothing can have an extended attribute of such a name.
+/// Why no file system takes it for the name of an extended attribute.
+SystemError MemoryFileSystem::errorOfText(std::string_view name) {
+    if (name.find('\0') != std::string_view::npos) {
+        return SystemError(EINVAL);
+    }
+    return name.empty() || name.size() > longestAttributeName ? SystemError(ERANGE) : SystemError();
+}
+
+/// Why nothing here can have an extended attribute of such a name.
 SystemError MemoryFileSystem::errorOfAttributeName(std::string_view name) const {
     constexpr std::string_view ofUsers = "user.";
+    if (const SystemError error = errorOfText(name); !error.isNone()) {
+        return error;
+    }
     if (!keepsExtendedAttributes || !name.starts_with(ofUsers)) {
         return SystemError(ENOTSUP);
     }
@@ -492,11 +502,9 @@ SystemError MemoryFileSystem::errorOfAttributeName(std::string_view name) const 
 /// The node, or why it has no attributes of such a name.
 Result<MemoryNode*> MemoryFileSystem::findWithAttributes(std::string_view path,
                                                          std::string_view name) {
-    if (name.find('\0') != std::string_view::npos) {
-        return SystemError(EINVAL);
-    }
-    if (name.empty() || name.size() > longestAttributeName) {
-        return SystemError(ERANGE);
+    // Before the path is looked at.
+    if (const SystemError error = errorOfText(name); !error.isNone()) {
+        return error;
     }
     const auto place = findExisting(path, Last::Target);
     if (!place.ok()) {

@@ -86,6 +86,9 @@ class MemoryFileSystem final : public FileSystem {
     SystemError removeFile(std::string_view path) override;
     SystemError removeFolder(std::string_view path) override;
 
+    /// Bytes of one extended attribute; E2BIG beyond.
+    static constexpr std::size_t largestAttribute = 65536;
+
   private:
     friend class MemoryOpenFile;
     friend class MemoryOpenFolder;
@@ -99,6 +102,7 @@ class MemoryFileSystem final : public FileSystem {
                                      MemoryNode* folder = nullptr);
     Result<MemoryNode*> findFolder(std::string_view path, Last last, MemoryNode* folder = nullptr);
     Result<MemoryNode*> findWithAttributes(std::string_view path, std::string_view name);
+    static SystemError errorOfText(std::string_view name);
     [[nodiscard]] SystemError errorOfAttributeName(std::string_view name) const;
     static Result<Data> attributeOf(const MemoryNode& node, std::string_view name);
     SystemError setAttribute(MemoryNode& node, std::string_view name, BytesView value);

@@ -165,6 +165,9 @@ Result<Data> MemoryOpenFile::extendedAttribute(std::string_view name) {
 SystemError MemoryOpenFile::setExtendedAttribute(std::string_view name, BytesView value) {
     SystemError error = begin("setExtendedAttribute");
     error = error.isNone() ? files_.errorOfAttributeName(name) : error;
+    if (error.isNone() && value.size() > MemoryFileSystem::largestAttribute) {
+        return SystemError(E2BIG);
+    }
     return error.isNone() ? files_.setAttribute(*node_, name, value) : error;
 }
 
