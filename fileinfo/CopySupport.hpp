@@ -56,6 +56,9 @@ class CopySupport {
     virtual Status replace(TavBaseFileInfo& file, TavBaseFileInfo& destination) = 0;
     /// Waits until what was written is on the medium.
     virtual Status syncContents(OpenFileToken& written) = 0;
+    /// What the host still had to say about the writes when a token was closed: volumes that write
+    /// late (network, quota) tell there what was lost. 0 while it is open, too.
+    virtual Status outcomeOfClosing(OpenFileToken& /*closed*/) { return Status::Success; }
     /// Waits until the names in the folder are on the medium.
     virtual Status syncFolder(TavBaseFileInfo& folder) = 0;
     /// Lets the next reads ask the medium; a hint.

@@ -79,6 +79,9 @@ void ItemCopy::finish(ChunkCopy& chunks) {
         status_ = sync();
     }
     closeTemporaryFile();
+    if (status_ == Status::Success && support_ != nullptr) {
+        status_ = support_->outcomeOfClosing(*writing_);
+    }
     if (status_ == Status::Success && options_.verifies) {
         verify(chunks);
     }

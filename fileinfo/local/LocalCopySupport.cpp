@@ -107,6 +107,11 @@ Status LocalCopySupport::syncContents(OpenFileToken& written) {
     return file != nullptr ? statusOf(file->file().sync()) : Status::NotSupported;
 }
 
+Status LocalCopySupport::outcomeOfClosing(OpenFileToken& closed) {
+    const auto* const file = dynamic_cast<const LocalOpenFile*>(&closed);
+    return file == nullptr || file->closeFailure().isNone() ? Status::Success : Status::Failure;
+}
+
 Status LocalCopySupport::syncFolder(TavBaseFileInfo& folder) {
     return asMacFileInfo(&folder) != nullptr
                ? statusOf(FileSystem::current().syncFolder(folder.path()))

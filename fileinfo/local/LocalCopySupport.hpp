@@ -13,6 +13,7 @@ class LocalCopySupport final : public CopySupport {
 
     Status replace(TavBaseFileInfo& file, TavBaseFileInfo& destination) override;
     Status syncContents(OpenFileToken& written) override;
+    Status outcomeOfClosing(OpenFileToken& closed) override;
     Status syncFolder(TavBaseFileInfo& folder) override;
     void forgetCached(OpenFileToken& token) override;
     /// What a link leads to has them, as it has the content. The permission to run as the file's

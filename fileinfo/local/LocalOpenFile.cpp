@@ -152,7 +152,10 @@ void LocalOpenFile::PageBufferDeleter::operator()(std::byte* bytes) const {
     ::operator delete[](bytes, pageSize);
 }
 
-SystemError LocalOpenFile::close() { return noted(std::exchange(file_, nullptr)->close()); }
+SystemError LocalOpenFile::close() {
+    closeFailure_ = std::exchange(file_, nullptr)->close();
+    return noted(closeFailure_);
+}
 
 SystemError LocalOpenFile::noted(SystemError error) {
     if (failure_.isNone()) {

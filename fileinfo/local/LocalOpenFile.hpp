@@ -48,6 +48,8 @@ class LocalOpenFile final : public OpenFileToken {
 
     /// The first failure of reading, writing or closing, which outlives the open file.
     [[nodiscard]] SystemError failure() const { return failure_; }
+    /// That of closing alone.
+    [[nodiscard]] SystemError closeFailure() const { return closeFailure_; }
 
   private:
     std::span<std::byte> pageBuffer(std::size_t size);
@@ -67,6 +69,7 @@ class LocalOpenFile final : public OpenFileToken {
     /// The file is at least as long, unless somebody else has cut it.
     std::uint64_t knownSize_ = 0;
     SystemError failure_;
+    SystemError closeFailure_;
 };
 
 } // namespace tav::internal

@@ -546,15 +546,15 @@ TEST_F(ArchivesTest, WhateverFailsTheItemStays) {
             }
         }
     };
-    sweep([this] { static_cast<void>(at("/home/folder")->zip()); });
-    sweep([this] { static_cast<void>(at("/home/folder")->ditto()); });
-    sweep([this] { static_cast<void>(at("/home/folder")->zipToFolder(at("/out").get())); });
+    sweep([] { static_cast<void>(at("/home/folder")->zip()); });
+    sweep([] { static_cast<void>(at("/home/folder")->ditto()); });
+    sweep([] { static_cast<void>(at("/home/folder")->zipToFolder(at("/out").get())); });
     children.program = [this](const ChildRequest& request) {
         memory.removeAll(request.arguments.at(1) + "/out");
         memory.addLink(request.arguments.at(1) + "/out", "/home");
         return ChildEnd();
     };
-    sweep([this] {
+    sweep([] {
         try {
             // No answer shows the link.
             EXPECT_EQ(namesIn(at("/home/a.zip")->unzip()), Arguments());
