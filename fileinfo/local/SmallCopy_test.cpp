@@ -250,8 +250,8 @@ TEST(SmallCopy, CannotBeToldFromTheSteps) {
 }
 
 TEST(SmallCopy, CannotBeToldFromTheStepsByTheRoom) {
-    for (const std::uint64_t disk : {0, 6, 7, 100}) {
-        for (const std::uint64_t stick : {0, 6, 7, 100}) {
+    for (const std::uint64_t disk : {0U, 6U, 7U, 100U}) {
+        for (const std::uint64_t stick : {0U, 6U, 7U, 100U}) {
             for (const char* to : {"/stick", "/stick/b", "/stick/in/b", "/d/link", "/d/link/b",
                                    "/stick/back/b", "/stick/back"}) {
                 Copy copy;
@@ -348,7 +348,7 @@ TEST(SmallCopy, CannotBeToldFromTheStepsWhenSomethingFails) {
             expectSame(std::string(operation) + " to " + to, copy);
         }
     }
-    for (const std::uint64_t capacity : {0, 7, 10, 13, 14, 20}) {
+    for (const std::uint64_t capacity : {0U, 7U, 10U, 13U, 14U, 20U}) {
         Copy copy;
         copy.prepare = [&](World& w) { w.memory.capacity = capacity; };
         expectSame("capacity " + std::to_string(capacity), copy);
