@@ -14,15 +14,16 @@ int main(int, char** argv) {
     GFile* source = g_file_new_for_path(argv[2]);
     GFile* destination = g_file_new_for_path(argv[3]);
     if (!strcmp(argv[1], "one")) {
-        if (!g_file_copy(source, destination, G_FILE_COPY_OVERWRITE, nullptr, report, &percent, nullptr))
+        if (!g_file_copy(source, destination, G_FILE_COPY_OVERWRITE, nullptr, report, &percent,
+                         nullptr))
             return 3;
         result("copy_ms", (now() - begin) * 1e3);
         return 0;
     }
     long files = 0;
     g_file_make_directory(destination, nullptr, nullptr);
-    GFileEnumerator* names =
-        g_file_enumerate_children(source, "standard::name", G_FILE_QUERY_INFO_NONE, nullptr, nullptr);
+    GFileEnumerator* names = g_file_enumerate_children(source, "standard::name",
+                                                       G_FILE_QUERY_INFO_NONE, nullptr, nullptr);
     while (GFileInfo* info = g_file_enumerator_next_file(names, nullptr, nullptr)) {
         GFile* from = g_file_get_child(source, g_file_info_get_name(info));
         GFile* to = g_file_get_child(destination, g_file_info_get_name(info));
