@@ -78,7 +78,7 @@ class Copies {
             std::fprintf(stderr, "status %d\n", static_cast<int>(status));
             return false;
         }
-        bytes_ += made->wholeSize();
+        bytes_ += file.size();
         ++files_;
         return true;
     }
@@ -105,10 +105,12 @@ bool copyMany(Copies& copies, std::string_view source, std::string_view destinat
     if (folder == nullptr) {
         return false;
     }
-    for (const FileInfoPtr& file : TavMacFileInfo::fileInfoWithPath(source)->folderContents()) {
+    FileInfoArray files = TavMacFileInfo::fileInfoWithPath(source)->folderContents();
+    for (FileInfoPtr& file : files) {
         if (!copies.copy(*file, *folder)) {
             return false;
         }
+        file.reset(); // with what it has learned
     }
     return true;
 }

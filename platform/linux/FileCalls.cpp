@@ -58,8 +58,11 @@ Result<std::unique_ptr<OpenFile>> openFileAt(int folder, const char* path,
     if (!file.ok()) {
         return file.error();
     }
-    if (const auto size = sizeOfRegularFile(file.value()); !size.ok()) {
-        return size.error();
+    // What was made just now is a file.
+    if (!options.mustBeNew) {
+        if (const auto size = sizeOfRegularFile(file.value()); !size.ok()) {
+            return size.error();
+        }
     }
     return Result<std::unique_ptr<OpenFile>>(
         std::make_unique<LinuxOpenFile>(std::move(file).value(), options.write));
