@@ -2,6 +2,7 @@
 
 #include "fileinfo/CopyStatus.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
+#include "platform/Volumes.hpp"
 #include "testing/ForkedProcess.hpp"
 #include "testing/OwnMounts.hpp"
 #include "testing/TemporaryFolder.hpp"
@@ -313,6 +314,49 @@ TEST(LocalCopy, TwoSafeCopiesIntoOneFolderAreConcurrent) {
         ASSERT_TRUE(read(folder.path("to/b")) == std::string(4'000'000, 'b'));
         ASSERT_EQ(files().folderEntries(folder.path("to")).value().size(), 2U);
     }
+}
+
+/// 0 where copies of 24 MB share the blocks of their source, chunk by chunk and with every report.
+int copyOnAVolumeThatClones() {
+    const TemporaryFolder folder;
+    const std::string place = folder.path("volume");
+    if (!files().createFolder(place, 0777).isNone() ||
+        !mountImage(folder.path("image"), "mkfs.btrfs -q -f", "btrfs", place, "256M")) {
+        return cannotMount;
+    }
+    constexpr std::size_t size = 24'000'001;
+    std::string content(size, 'x');
+    for (std::size_t i = 0; i < content.size(); i += 4096) {
+        content[i] = static_cast<char>(i / 4096 * 7);
+    }
+    write(place + "/a", content);
+    ::sync();
+    const std::uint64_t before = Volumes::current().freeBytes(place).value();
+    int reports = 0;
+    ProgressDelegate delegate;
+    delegate.copyingFile = [&](TavBaseFileInfo&, TavBaseFileInfo&, float, void*) {
+        ++reports;
+        return false;
+    };
+    if (item(place + "/a")->copyTo(item(place + "/b").get(), false, &delegate, nullptr, nullptr) !=
+            Status::Success ||
+        reports != 23) {
+        return 1;
+    }
+    ::sync();
+    const std::uint64_t after = Volumes::current().freeBytes(place).value();
+    if (read(place + "/b") != content) {
+        return 2;
+    }
+    return before < after + size / 2 ? passed : 3;
+}
+
+TEST(LocalCopy, SharesBlocksWhereTheVolumeCan) {
+    const int answer = runWithOwnMounts(copyOnAVolumeThatClones);
+    if (answer == cannotMount) {
+        GTEST_SKIP() << "this machine cannot mount an image of btrfs";
+    }
+    EXPECT_EQ(answer, passed);
 }
 
 } // namespace
