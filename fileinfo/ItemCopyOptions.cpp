@@ -121,7 +121,7 @@ void ItemCopy::verify(ChunkCopy& chunks) {
         status_ = CopyStatus::notVerified;
         return;
     }
-    if (options_.isDurable) {
+    if (options_.isDurable && support_ != nullptr) {
         support_->forgetCached(*readingBack);
     }
     chunks.compare(readingBack.get(), status_);
