@@ -1,5 +1,6 @@
 // The copies, in terms of the primitives.
 
+#include "fileinfo/CopyFolder.hpp"
 #include "fileinfo/ItemCopy.hpp"
 #include "fileinfo/TavBaseFileInfo.hpp"
 
@@ -26,15 +27,11 @@ Status TavBaseFileInfo::copyTo(TavBaseFileInfo* destination, std::string_view wi
     if (!exists() || !isFile() || destination == nullptr) {
         return Status::BadParameter;
     }
-    FileInfoPtr folder;
-    if (destination->isFolder()) {
-        folder = destination->shared_from_this();
-    } else if (destination->isFile()) {
-        folder = destination->parentFolder();
-    } else {
+    const std::optional<FileInfoPtr> folder = internal::folderToCopyInto(*destination);
+    if (!folder) {
         return Status::BadParameter;
     }
-    FileInfoPtr copy = folder ? folder->find(withName) : nullptr;
+    FileInfoPtr copy = *folder ? (*folder)->find(withName) : nullptr;
     const Data contents = fileContents().value_or(Data());
     Status status = Status::Success;
     if (copy && copy->exists()) {
@@ -45,7 +42,7 @@ Status TavBaseFileInfo::copyTo(TavBaseFileInfo* destination, std::string_view wi
             status = couldNotWriteNamedCopy;
         }
     } else {
-        copy = folder ? folder->createFile(withName, contents, nullptr, true) : nullptr;
+        copy = *folder ? (*folder)->createFile(withName, contents, nullptr, true) : nullptr;
     }
     if (outNewItem != nullptr) {
         *outNewItem = std::move(copy);

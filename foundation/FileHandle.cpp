@@ -1,36 +1,20 @@
 #include "foundation/FileHandle.hpp"
 
+#include "base/DataOfSize.hpp"
 #include "platform/FileSystem.hpp"
 
 #include <algorithm>
 #include <cerrno>
-#include <new>
-#include <stdexcept>
 #include <utility>
 
 namespace tav {
-
-namespace {
-
-/// Room for so many bytes; nothing when there is none.
-std::optional<Data> roomFor(std::uint64_t size) {
-    try {
-        return Data(static_cast<std::size_t>(size));
-    } catch (const std::bad_alloc&) {
-        return std::nullopt;
-    } catch (const std::length_error&) {
-        return std::nullopt;
-    }
-}
-
-} // namespace
 
 std::optional<Data> internal::readFromStart(OpenFile& file, std::uint64_t maximumSize) {
     const auto attributes = file.attributes();
     if (!attributes.ok() || !file.setPosition(0).isNone()) {
         return std::nullopt;
     }
-    auto content = roomFor(std::min(attributes.value().size, maximumSize));
+    auto content = dataOfSize(std::min(attributes.value().size, maximumSize));
     if (!content) {
         return std::nullopt;
     }
@@ -103,7 +87,7 @@ Result<Data> FileHandle::readDataOfLength(std::size_t length) {
     if (file_ == nullptr) {
         return SystemError(EBADF);
     }
-    auto content = roomFor(length);
+    auto content = dataOfSize(length);
     if (!content) {
         return SystemError(ENOMEM);
     }

@@ -1,5 +1,6 @@
 // Contents: open files, ranges, whole reads and writes, new files.
 
+#include "base/DataOfSize.hpp"
 #include "fileinfo/VerboseLog.hpp"
 #include "fileinfo/local/FileCreation.hpp"
 #include "fileinfo/local/LocalOpenFile.hpp"
@@ -8,8 +9,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
-#include <new>
-#include <stdexcept>
 
 namespace tav {
 
@@ -30,21 +29,10 @@ std::size_t chunkSizeOf(TavBaseFileInfo& item) {
         std::clamp<std::uint64_t>(item.preferredChunkSize(), 1, largest));
 }
 
-/// As many zeros; nothing when there is no room for them.
-std::optional<Data> zeros(std::uint64_t size) {
-    try {
-        return Data(static_cast<std::size_t>(size));
-    } catch (const std::bad_alloc&) {
-        return std::nullopt;
-    } catch (const std::length_error&) {
-        return std::nullopt;
-    }
-}
-
 std::optional<Data> readInChunks(TavMacFileInfo& item, std::uint64_t total,
                                  const ProgressDelegate& progress, void* userData) {
     const auto source = LocalOpenFile::open(item.path(), LocalOpenFile::Mode::Reading);
-    std::optional<Data> contents = zeros(total);
+    std::optional<Data> contents = dataOfSize(total);
     if (!source || !contents) {
         return std::nullopt;
     }

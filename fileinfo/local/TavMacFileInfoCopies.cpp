@@ -2,6 +2,7 @@
 
 #include "base/Exception.hpp"
 #include "base/Format.hpp"
+#include "fileinfo/CopyFolder.hpp"
 #include "fileinfo/local/LocalCopySupport.hpp"
 #include "fileinfo/local/LocalOpenFile.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
@@ -179,15 +180,11 @@ Status TavMacFileInfo::copyTo(TavBaseFileInfo* destination, std::string_view wit
     if (!exists()) {
         return Status::BadParameter;
     }
-    FileInfoPtr folder;
-    if (destination->isFolder()) {
-        folder = destination->shared_from_this();
-    } else if (destination->isFile()) {
-        folder = destination->parentFolder();
-    } else {
+    const std::optional<FileInfoPtr> folder = internal::folderToCopyInto(*destination);
+    if (!folder) {
         return Status::BadParameter;
     }
-    FileInfoPtr target = folder ? folder->find(withName) : nullptr;
+    FileInfoPtr target = *folder ? (*folder)->find(withName) : nullptr;
     const Status status = target ? copyPath(path(), target->path()) : Status::Failure;
     if (status == Status::Success) {
         target->refresh();
