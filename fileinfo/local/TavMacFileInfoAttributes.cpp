@@ -83,14 +83,16 @@ void TavMacFileInfo::setLocked(bool locked) {
         return;
     }
     if (_attrs) {
-        internal::changeOwnAttribute(path(), _attrs->file, "NSFileImmutable", locked);
+        const FileAttributes own = _attrs->file;
+        internal::changeOwnAttribute(path(), own, "NSFileImmutable", locked);
     }
     _attrs.reset();
 }
 
 void TavMacFileInfo::setHideExtension(bool hide) {
     if (_cacheAttributes()) {
-        internal::changeOwnAttribute(path(), _attrs->file, "NSFileExtensionHidden", hide);
+        const FileAttributes own = _attrs->file;
+        internal::changeOwnAttribute(path(), own, "NSFileExtensionHidden", hide);
     }
     _attrs.reset();
 }
@@ -132,9 +134,10 @@ void TavMacFileInfo::setCreationDate(std::optional<Date> date) {
         return;
     }
     if (areKnown) {
-        // Attributes that were just learned were learned where the file is.
-        internal::changeOwnAttribute(wereKnown ? path() : _itsPath, _attrs->file,
-                                     "NSFileCreationDate",
+        // Attributes that were just learned were learned where the file is. Finding it elsewhere
+        // forgets them.
+        const FileAttributes own = _attrs->file;
+        internal::changeOwnAttribute(wereKnown ? path() : _itsPath, own, "NSFileCreationDate",
                                      mustUseUTCDates() ? shifted(*date, -offsetFromGMT()) : *date);
     }
     refresh();

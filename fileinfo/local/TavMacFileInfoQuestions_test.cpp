@@ -63,6 +63,15 @@ TEST_F(QuestionsTest, AnItemThatKnowsItsFileLooksWhereItIsNow) {
     const auto item = TavMacFileInfo::fileInfoWithPath("/a/g");
     EXPECT_EQ(item->modificationDate(), Date(3));
     EXPECT_EQ(item->creationDate(), Date(4));
+    const auto hidden = TavMacFileInfo::fileInfoWithPath("/a/g");
+    const auto locked = TavMacFileInfo::fileInfoWithPath("/a/g");
+    EXPECT_TRUE(hidden->creationDate() && locked->creationDate());
+    ASSERT_TRUE(memory.move("/a/g", "/a/f", Replace::No).isNone());
+    hidden->setHideExtension(true);
+    locked->setLocked(true);
+    EXPECT_TRUE(memory.extendedAttribute("/a/f", "user.tav.hide-extension").ok());
+    EXPECT_TRUE(TavMacFileInfo::fileInfoWithPath("/a/f")->isLocked());
+    ASSERT_TRUE(memory.move("/a/f", "/a/g", Replace::No).isNone());
     EXPECT_TRUE(removed->remove());
     EXPECT_FALSE(item->isFile() && memory.attributes("/a/g").ok());
 }
