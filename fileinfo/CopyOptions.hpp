@@ -8,10 +8,10 @@ namespace tav {
 /// stands for itself. docs/copying.md says what holds after success, failure, a kill and a power
 /// cut.
 ///
-/// With any of them a chunk that came shorter than it was asked for ends the copy (-205), a new
-/// file that could not be moved into place is taken away (-213), and an item whose device drives
-/// copies answers `Status::NotSupported`. What else the plain copy risks goes with
-/// `keepsDestination`.
+/// With any of them a chunk that came shorter than it was asked for ends the copy (-205), a write
+/// that the host tells to have failed when the new file is closed counts (-1), a new file that
+/// could not be moved into place is taken away (-213), and an item whose device drives copies
+/// answers `Status::NotSupported`. What else the plain copy risks goes with `keepsDestination`.
 struct CopyOptions {
     /// What stands at the destination stays until the new file is whole, which then takes its place
     /// in one step. The copy grows under a temporary name of its own (".QuillboxCopy-UUID.tmp"),
@@ -39,8 +39,7 @@ struct CopyOptions {
 
     /// Carry what the back-ends on both sides have a place for; what has none is lost silently,
     /// what could not be carried ends the copy with the status of the back-end (-205 where it could
-    /// not be read). While the copy grows it is readable to nobody but its owner who may not read
-    /// the source.
+    /// not be read). With permissions the copy is its owner's alone while it grows.
     bool carriesPermissions = false;
     bool carriesExtendedAttributes = false;
     /// Holes of the source stay holes; they read as zeros either way. Room is asked for as if there

@@ -2,7 +2,7 @@
 
 #include "base/Status.hpp"
 
-/// How a copy in pieces ended, beside `Status::Success` and the statuses of the back-end's writes,
+/// How a copy in chunks ended, beside `Status::Success` and the statuses of the back-end's writes,
 /// which are handed on as they are (`Status::NotSupported` where it cannot write ranges).
 namespace tav::CopyStatus {
 
@@ -12,7 +12,8 @@ inline constexpr Status sourceIsNoFile{-201};
 inline constexpr Status noTemporaryFile{-202};
 inline constexpr Status sourceNotOpened{-203};
 inline constexpr Status temporaryFileNotOpened{-204};
-/// A read of a chunk answered nothing.
+/// A read of a chunk answered nothing; with options also fewer bytes, or what the file carries
+/// could not be read.
 inline constexpr Status chunkNotRead{-205};
 /// An exception ended the copy and nothing else had.
 inline constexpr Status raised{-206};

@@ -102,11 +102,15 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
         return udidCreating(create);
     }
 
-    // Archives (zip)
+    // Archives (zip); nothing here
 
+    /// The bytes of an archive with the item under its whole path.
     [[nodiscard]] virtual std::optional<Data> zip();
+    /// The same with the item under its name alone.
     [[nodiscard]] virtual std::optional<Data> ditto();
+    /// An archive of the item, made in the folder under its name with the extension "zip".
     [[nodiscard]] virtual FileInfoPtr zipToFolder(TavBaseFileInfo* folder);
+    /// Unpacks this archive into a temporary folder: what is at its top level.
     [[nodiscard]] virtual std::optional<FileInfoArray> unzip();
 
     // Capabilities and volume
@@ -136,6 +140,7 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     [[nodiscard]] virtual std::string nameWithoutExtension();
     /// Gives the file another name.
     virtual void setName(std::string_view name);
+    /// The same with the extension that it has put behind the name.
     virtual void setNameKeepingExtension(std::string_view name);
     /// Takes note of a new name that somebody else has given the file.
     virtual void updateName(std::string_view name);
@@ -201,10 +206,13 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
 
     // Searching
 
+    /// Null where there is none.
     [[nodiscard]] virtual FileInfoPtr parentFolder();
     /// The item of that name in the folder, never null here: one that is missing does not exist.
     [[nodiscard]] virtual FileInfoPtr find(std::string_view name);
+    /// The first item of that name ignoring case, at any depth of the folder; null for none.
     [[nodiscard]] virtual FileInfoPtr findFirstDeep(std::string_view name);
+    /// All of them.
     [[nodiscard]] virtual FileInfoArray findDeep(std::string_view name);
     /// The child whose name, once made valid on Windows, is the one that is sought (ignoring case).
     /// A child of that very name goes before one that only becomes it.
@@ -232,14 +240,19 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     virtual void folderContentsWithFilter(TavBaseFileInfoFilter* filter, FileInfoArray* withArray,
                                           bool* stopAccumulating, std::string_view rootNodePath);
 
-    // Creating
+    // Creating, in the folder (its own or the parent); null where it fails, and here
 
+    /// A new folder by the name that `uniqueFilename` answers.
     [[nodiscard]] virtual FileInfoPtr createUniqueFolder(std::string_view name);
     /// Goes down by `createFolder` from the folder (its own or the parent); null as soon as one is
     /// not there, those before it stay.
     [[nodiscard]] virtual FileInfoPtr
     createFolderWithPathComponents(const std::vector<std::string>& names);
+    /// The folder of that name, made when it is missing.
     [[nodiscard]] virtual FileInfoPtr createFolder(std::string_view name);
+    /// A file with a content and, where they are not null, attributes by the platform's names
+    /// ("NSFilePosixPermissions", ...): by a name that is free, or in the place of the file that
+    /// has it. Ask the item whether it exists. The short forms have no unique name, no progress.
     [[nodiscard]] virtual FileInfoPtr
     createFile(std::string_view name, BytesView contents, const Value::Dictionary* attributes,
                bool ensureUniqueName, const ProgressDelegate* withProgress, void* userData);
@@ -248,16 +261,19 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
                                                  bool ensureUniqueName);
     [[nodiscard]] virtual FileInfoPtr createFile(std::string_view name, BytesView contents,
                                                  const Value::Dictionary* attributes);
+    /// The folder for temporary files.
     [[nodiscard]] virtual FileInfoPtr tempFolder();
 
     // Removing and moving
 
+    /// Removes the file, or the folder with everything in it; whether that went. Never here.
     virtual bool remove();
     /// Removes every child; true when all went. A failure does not stop it.
     virtual bool removeContents();
     /// Removes the folders directly in this one that hold nothing visible (with what is invisible).
     virtual void removeEmptySubfolders();
-    virtual Status moveTo(TavBaseFileInfo* destination); ///< -220 here.
+    /// Gives the file the path of the destination and replaces nothing there; -220 here.
+    virtual Status moveTo(TavBaseFileInfo* destination);
 
     // Copying
 
@@ -313,18 +329,23 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     /// nothing outside the range has changed, and it is to be read and written. Never here.
     virtual bool cloneRange(FileRange range, OpenFileToken* readFileUserData,
                             TavBaseFileInfo* destination, OpenFileToken* writeFileUserData);
-    /// What the copies with options lean on; null here, and they do without.
+    /// What copies lean on beyond these operations; null here, and they do without.
     [[nodiscard]] virtual CopySupport* copySupport();
 
-    // Contents
+    // Contents. A token is handed back with each range, and in the end to be closed.
 
+    /// Null for a file that cannot be opened, and here.
     [[nodiscard]] virtual std::shared_ptr<OpenFileToken> openFileForReading();
+    /// The same. The file is empty then.
     [[nodiscard]] virtual std::shared_ptr<OpenFileToken> openFileForWriting();
     virtual void closeFile(OpenFileToken* token);
+    /// The bytes of the range, fewer where the file ends; nothing when they cannot be read, and
+    /// here.
     [[nodiscard]] virtual std::optional<Data>
     fileContentsWithRange(FileRange range, OpenFileToken* readFileUserData);
+    /// Writes the data where the range begins; -220 here.
     virtual Status setFileContentsWithRange(BytesView data, FileRange range,
-                                            OpenFileToken* writeFileUserData); ///< -220 here.
+                                            OpenFileToken* writeFileUserData);
     /// The same three without the limit of 32 bits. Here they ask the others: `size`, and the
     /// ranges as far as 32 bits reach; nothing and `Status::NotSupported` beyond.
     [[nodiscard]] virtual std::uint64_t wholeSize();
@@ -332,9 +353,11 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     fileContentsWithWholeRange(WholeFileRange range, OpenFileToken* readFileUserData);
     virtual Status setFileContentsWithWholeRange(BytesView data, WholeFileRange range,
                                                  OpenFileToken* writeFileUserData);
+    /// The whole content; nothing when it cannot be read. No bytes here.
     [[nodiscard]] virtual std::optional<Data> fileContents();
     [[nodiscard]] virtual std::optional<Data>
     fileContentsWithProgress(const ProgressDelegate* progress, void* userData);
+    /// Replaces the whole content of a file that exists; whether it did. Never here.
     virtual bool setFileContents(BytesView data);
     virtual bool setFileContents(BytesView data, const ProgressDelegate* withProgress,
                                  void* userData);
