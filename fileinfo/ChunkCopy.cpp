@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::uint64_t largest32 = std::numeric_limits<std::uint32_t>::max();
 
-/// What suits both ends. None would never come to an end, and a range has 32 bits.
+/// What suits both ends. Chunks of 0 bytes would never come to an end, and a range has 32 bits.
 std::uint64_t chunkSizeOf(const OpenCopy& copy) {
     constexpr std::uint64_t usual = 8192;
     const std::uint64_t preferred = copy.source.preferredChunkSize();
@@ -32,7 +32,19 @@ FileRange narrow(WholeFileRange range) { // wraps, on purpose
     return {static_cast<std::uint32_t>(range.location), static_cast<std::uint32_t>(range.length)};
 }
 
+/// Whether a file has bytes behind its first ones.
+bool goesOnBehind(std::uint64_t size, TavBaseFileInfo& file, OpenFileToken* reading) {
+    const std::optional<Data> next = file.fileContentsWithWholeRange({size, 1}, reading);
+    return next && !next->empty();
+}
+
 } // namespace
+
+void throwCancelled(TavBaseFileInfo& source) {
+    throw Exception("File copy canceled",
+                    tav::format(localizedString("copying file \"%@\" was canceled"),
+                                source.humanFriendlyPath()));
+}
 
 ChunkCopy::ChunkCopy(const OpenCopy& copy, const CopyListener& listener, const ChunkRules& rules)
     : copy_(copy), listener_(listener), rules_(rules),
@@ -74,15 +86,9 @@ void ChunkCopy::compare(OpenFileToken* readingBack, Status& status) {
         offset += range.length;
     }
     if (status == Status::Success) {
-        const WholeFileRange behind{total_, 1};
-        const bool isLonger = !copy_.source.fileContentsWithWholeRange(behind, copy_.reading)
-                                   .value_or(Data())
-                                   .empty();
-        const bool copyIsLonger =
-            !copy_.temporaryFile.fileContentsWithWholeRange(behind, readingBack)
-                 .value_or(Data())
-                 .empty();
-        status = isLonger || copyIsLonger ? CopyStatus::notVerified : Status::Success;
+        const bool sourceGoesOn = goesOnBehind(total_, copy_.source, copy_.reading);
+        const bool copyGoesOn = goesOnBehind(total_, copy_.temporaryFile, readingBack);
+        status = sourceGoesOn || copyGoesOn ? CopyStatus::notVerified : Status::Success;
     }
 }
 
@@ -95,9 +101,7 @@ void ChunkCopy::reportEnd() {
 void ChunkCopy::throwIfCancelled(Status& status) {
     if (listener_.isCancelled.load(std::memory_order_relaxed)) {
         status = CopyStatus::cancelled;
-        throw Exception("File copy canceled",
-                        tav::format(localizedString("copying file \"%@\" was canceled"),
-                                    copy_.source.humanFriendlyPath()));
+        throwCancelled(copy_.source);
     }
 }
 

@@ -35,6 +35,10 @@ struct ChunkRules {
     CopySupport* holesOfCopy = nullptr;
 };
 
+/// How a copy that was asked to stop ends: throws "File copy canceled", with the file that was
+/// copied in the user's words.
+[[noreturn]] void throwCancelled(TavBaseFileInfo& source);
+
 /// The content of a copy, chunk by chunk, of which no more than two are in memory.
 ///
 /// A chunk counts as copied as a whole, also when the source had fewer bytes for it, unless the

@@ -13,8 +13,6 @@ namespace tav::internal {
 
 namespace {
 
-bool exists(const FileInfoPtr& item) { return item && item->exists(); }
-
 /// A second failure tells nobody more.
 void removeQuietly(const FileInfoPtr& item) {
     try {
@@ -99,7 +97,7 @@ Status ItemCopy::run(FileInfoPtr* outNewItem) {
     return status_;
 }
 
-/// What an exception leaves that came from outside the chunks.
+/// Takes away what an exception leaves that came from outside the chunks.
 void ItemCopy::abandon() {
     if (isAllOrNothing_ && !newItem_) {
         removeQuietly(temporaryFile_);
@@ -126,7 +124,7 @@ void ItemCopy::copy() {
     if (!hasRoom()) {
         logVerbose("There is not enough room to copy \"%@\".", source_.humanFriendlyPath());
         status_ = CopyStatus::noRoom;
-    } else if (makeTemporaryFile()) {
+    } else if (makeTemporaryFile() && openFiles()) {
         transfer();
     } else if (isAllOrNothing_ && temporaryFile_) {
         if (reading_) {
@@ -175,6 +173,10 @@ bool ItemCopy::makeTemporaryFile() {
         return false;
     }
     narrowPermissions();
+    return true;
+}
+
+bool ItemCopy::openFiles() {
     reading_ = source_.openFileForReading();
     if (!reading_) {
         status_ = CopyStatus::sourceNotOpened;
@@ -211,8 +213,10 @@ void ItemCopy::transfer() {
         closeSource();
     });
     try {
-        ChunkRules rules{options_.isWhole, hasOptions_, options_.isDurable || options_.verifies,
-                         nullptr, nullptr};
+        ChunkRules rules;
+        rules.isWhole = options_.isWhole;
+        rules.isExact = hasOptions_;
+        rules.reportsEndLater = options_.isDurable || options_.verifies;
         if (options_.carriesHoles) {
             rules.holesOfSource = source_.copySupport();
             rules.holesOfCopy = support_;

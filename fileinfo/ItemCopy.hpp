@@ -20,6 +20,9 @@ inline constexpr std::string_view copyFileName = "QuillboxCopyFile.tmp";
 /// The permissions that a copy has while it grows, where those of the source are carried.
 inline constexpr std::uint32_t ownersAlone = 0600;
 
+/// Nil does not.
+[[nodiscard]] inline bool exists(const FileInfoPtr& item) { return item && item->exists(); }
+
 /// The line in the log that a copy was ended by an exception.
 inline void logRaised(const Exception& exception) {
     logVerbose("Error copying file: \"%@\"", exception.reason());
@@ -44,6 +47,7 @@ class ItemCopy {
     void removeLeftover();
     bool hasRoom();
     bool makeTemporaryFile();
+    bool openFiles();
     FileInfoPtr makeFile(std::string_view name, bool ensureUniqueName);
     void transfer();
     void putInPlace();
@@ -74,7 +78,8 @@ class ItemCopy {
 
     CopySupport* support_ = nullptr; ///< The destination's; not asked for without options.
     std::optional<FileMetadata> metadata_;
-    /// By an exception that passes: where only the new file can be meant.
+    /// Whether an exception that passes abandons the copy as well: once the destination can only be
+    /// the new file, and until the chunks, which clean up behind themselves.
     bool isToBeRemoved_ = false;
     FileInfoPtr uniqueNamesIn_; ///< The folder that chooses the name when the file is whole.
     FileInfoPtr folder_;        ///< Where the destination lies.

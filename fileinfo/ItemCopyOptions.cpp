@@ -6,12 +6,6 @@
 
 namespace tav::internal {
 
-namespace {
-
-bool exists(const FileInfoPtr& item) { return item && item->exists(); }
-
-} // namespace
-
 /// Whether all that was asked for can be done, as far as that can be told; nothing is changed yet.
 bool ItemCopy::canBegin() {
     support_ = destination_ ? destination_->copySupport() : nullptr;
