@@ -16,6 +16,8 @@
 
 namespace tav {
 
+using Lines = std::vector<std::string>;
+
 /// Files that items of one test stand for, and every call that reached those items, in order:
 /// "operation path arguments". Calls can be made to fail and to throw, by their text or number.
 struct CopyStage {

@@ -126,7 +126,6 @@ TEST_F(DeviceCopy, IsCancelledFromAnotherThreadAtAThousandMoments) {
     card.addFile("/E/DCIM/1.jpg", content);
     std::mt19937 random(20'090'101);
     int cancelled = 0;
-    int whole = 0;
     for (int n = 0; n < 1000; ++n) {
         const FileInfoPtr source = onCard("E:\\DCIM\\1.jpg");
         const FileInfoPtr folder = onPhone("C:\\Media");
@@ -150,7 +149,6 @@ TEST_F(DeviceCopy, IsCancelledFromAnotherThreadAtAThousandMoments) {
             ASSERT_FALSE(copy->exists());
             ASSERT_TRUE(namesOnPhone().empty());
         } else {
-            ++whole;
             ASSERT_EQ(status, Status::Success);
             ASSERT_EQ(contentOnPhone("/C/Media/1.jpg"), content);
             ASSERT_EQ(namesOnPhone(), std::vector<std::string>{"1.jpg"});
@@ -159,7 +157,6 @@ TEST_F(DeviceCopy, IsCancelledFromAnotherThreadAtAThousandMoments) {
         phone.clearCalls();
         card.clearCalls();
     }
-    EXPECT_EQ(cancelled + whole, 1000);
     RecordProperty("cancelled", cancelled);
 }
 

@@ -11,8 +11,6 @@
 namespace tav {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 const char* const temporary = "/d/QuillboxCopyFile.tmp";
 const std::string removesTemporary = std::string("remove ") + temporary;
 const std::string thrownLine = "Error copying file: \"thrown on purpose\"";
