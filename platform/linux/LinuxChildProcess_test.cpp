@@ -60,6 +60,12 @@ class Disposition {
 const std::string standardStreams =
     "for n in 0 1 2; do l=$(readlink /proc/$$/fd/$n); echo $l >> \"$1\"; done";
 
+/// Waits until the bound of one file holds, which comes a moment after the start, though not for
+/// ever. It writes nothing that would be counted.
+const std::string onceBounded =
+    "n=0; while [ $n -lt 1000 ] && grep -q 'Max file size  *unlimited' /proc/$$/limits; do "
+    "n=$((n + 1)); sleep 0.01; done; ";
+
 class LinuxChildProcessTest : public testing::Test {
   protected:
     /// Runs a script, whose arguments "$1", ... follow.
@@ -228,14 +234,16 @@ TEST_F(LinuxChildProcessTest, WhoIgnoresTheEndsOfChildrenIsNotTold) {
 
 TEST_F(LinuxChildProcessTest, ItsEndsAreNobodyElsesToHandle) {
     // The status is there also where the program handles the signal, and interruptions are none.
-    static int handled = 0;
+    static int handled;
+    handled = 0;
     const Disposition handler(SIGCHLD, [](int) { ++handled; });
     EXPECT_EQ(script("exit 4").value(), (ChildEnd{Kind::Exited, 4}));
     EXPECT_EQ(handled, 1);
 }
 
 TEST_F(LinuxChildProcessTest, InterruptionsDoNotEndTheWait) {
-    static int alarms = 0;
+    static int alarms;
+    alarms = 0;
     const Disposition handler(SIGALRM, [](int) { ++alarms; });
     ::itimerval timer = {{0, 5000}, {0, 5000}};
     ::setitimer(ITIMER_REAL, &timer, nullptr);
@@ -251,15 +259,16 @@ TEST_F(LinuxChildProcessTest, InterruptionsDoNotEndTheWait) {
 
 TEST_F(LinuxChildProcessTest, OneFileStopsAtWhatTheProgramMayWrite) {
     request.mayWrite = 100'000;
-    EXPECT_EQ(script("sleep 0.1; exec head -c 100000 /dev/zero > \"$1\"", {out()}).value(),
+    EXPECT_EQ(script(onceBounded + "exec head -c 100000 /dev/zero > \"$1\"", {out()}).value(),
               (ChildEnd{Kind::Exited, 0}));
     // Large at once, so that the kernel stops it before it is counted.
-    EXPECT_EQ(
-        script("sleep 0.1; exec dd if=/dev/zero of=\"$1\" bs=50000 count=40", {out()}).value().kind,
-        Kind::WroteTooMuch);
+    EXPECT_EQ(script(onceBounded + "exec dd if=/dev/zero of=\"$1\" bs=50000 count=40", {out()})
+                  .value()
+                  .kind,
+              Kind::WroteTooMuch);
     EXPECT_EQ(std::filesystem::file_size(out()), 100'000U);
     // A hole is too much as well.
-    EXPECT_EQ(script("sleep 0.1; exec truncate -s 1T \"$1\"", {out()}).value().kind,
+    EXPECT_EQ(script(onceBounded + "exec truncate -s 1T \"$1\"", {out()}).value().kind,
               Kind::WroteTooMuch);
     // Larger than any file can be.
     request.mayWrite = ~std::uint64_t{0};
