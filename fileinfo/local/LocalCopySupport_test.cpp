@@ -27,10 +27,6 @@ FileMetadata::ExtendedAttribute attributeOf(std::string name, std::string_view t
 
 class LocalCopySupportTest : public MacFileInfoInMemory {
   protected:
-    std::string contentOf(std::string_view path) {
-        const auto content = memory.readFile(path, 1000);
-        return content.ok() ? std::string(textOf(content.value())) : "nothing";
-    }
     std::uint32_t permissionsOf(std::string_view path) {
         return memory.attributes(path).value().permissions;
     }

@@ -70,9 +70,7 @@ class Stage {
         EXPECT_TRUE(read("from/a") == content_);
     }
     /// Whether it is the source, or the beginning of it.
-    [[nodiscard]] bool isPart(const std::string& text) const {
-        return content_.starts_with(text) || text == content_.substr(0, text.size());
-    }
+    [[nodiscard]] bool isPart(const std::string& text) const { return content_.starts_with(text); }
     [[nodiscard]] bool isWhole(const std::string& text) const { return text == content_; }
 
     /// What the plain copy may leave. The next listing clears the temporary file, and the next copy

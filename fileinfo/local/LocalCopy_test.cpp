@@ -71,8 +71,8 @@ TEST(LocalCopy, CarriesContentAndDates) {
 TEST(LocalCopy, ALargeFileIsCopiedUpToItsLow32Bits) {
     const TemporaryFolder folder;
     const std::uint64_t beyond = (std::uint64_t{1} << 32U) + 12'345;
-    ASSERT_EQ(::truncate((write(folder.path("a"), ""), folder.path("a").c_str()), off_t(beyond)),
-              0);
+    write(folder.path("a"), "");
+    ASSERT_EQ(::truncate(folder.path("a").c_str(), ::off_t(beyond)), 0);
     ASSERT_EQ(copy(folder.path("a"), folder.path("b")), Status::Success);
     EXPECT_EQ(sizeOf(folder.path("b")), 12'345U);
 }

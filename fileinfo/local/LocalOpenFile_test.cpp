@@ -25,20 +25,10 @@ std::string textOfRange(TavMacFileInfo& item, OpenFileToken* token, std::uint32_
     return data ? std::string(textOf(*data)) : "nothing";
 }
 
-class LocalOpenFileTest : public MacFileInfoInMemory {
-  protected:
-    std::string contentOf(std::string_view path) {
-        const auto content = memory.readFile(path, gibibyte);
-        return content.ok() ? std::string(textOf(content.value())) : "nothing";
-    }
-};
+class LocalOpenFileTest : public MacFileInfoInMemory {};
 
 class LocalOpenFileOnDisk : public MacFileInfoOnDisk {
   protected:
-    std::string contentOf(std::string_view name) {
-        const auto content = FileSystem::current().readFile(folder.path(name), gibibyte);
-        return content.ok() ? std::string(textOf(content.value())) : "nothing";
-    }
     void addPipe(std::string_view name) { ASSERT_EQ(::mkfifo(folder.path(name).c_str(), 0600), 0); }
 };
 

@@ -8,6 +8,8 @@
 #include "platform/memory/MemoryVolumes.hpp"
 #include "testing/TemporaryFolder.hpp"
 
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,6 +19,21 @@
 
 namespace tav {
 
+/// A text that has other bytes everywhere.
+[[nodiscard]] inline std::string longText(std::size_t size) {
+    std::string text(size, '\0');
+    for (std::size_t index = 0; index < size; ++index) {
+        text[index] = static_cast<char>('a' + (index / 1000 + index) % 26);
+    }
+    return text;
+}
+
+/// The whole content of a file; "nothing" where none can be read.
+[[nodiscard]] inline std::string contentIn(FileSystem& files, std::string_view path) {
+    const auto content = files.readFile(path, std::numeric_limits<std::uint64_t>::max());
+    return content.ok() ? std::string(textOf(content.value())) : "nothing";
+}
+
 /// Local items over files in memory, whose calls are counted.
 class MacFileInfoInMemory : public testing::Test {
   protected:
@@ -25,6 +42,8 @@ class MacFileInfoInMemory : public testing::Test {
 
     static Item at(std::string_view path) { return TavMacFileInfo::fileInfoWithPath(path); }
 
+    [[nodiscard]] std::string contentOf(std::string_view path) { return contentIn(memory, path); }
+    [[nodiscard]] bool has(std::string_view path) { return memory.attributes(path).ok(); }
     /// The calls that something takes.
     template <class Action>
     Calls callsOf(Action action) {
@@ -50,6 +69,9 @@ class MacFileInfoOnDisk : public testing::Test {
     static Item at(std::string_view path) { return TavMacFileInfo::fileInfoWithPath(path); }
     /// The item of that name in the folder.
     [[nodiscard]] Item in(std::string_view name) const { return at(folder.path(name)); }
+    [[nodiscard]] std::string contentOf(std::string_view name) const {
+        return contentIn(FileSystem::current(), folder.path(name));
+    }
     void addFile(std::string_view name, std::string_view text) const {
         ASSERT_TRUE(
             FileSystem::current().writeFile(folder.path(name), bytesOf(text), 0644).isNone());

@@ -34,10 +34,6 @@ class ArchivesTest : public MacFileInfoInMemory {
         };
     }
     [[nodiscard]] bool isThere(std::string_view path) { return memory.attributes(path).ok(); }
-    [[nodiscard]] std::string contentOf(std::string_view path) {
-        const Result<Data> content = memory.readFile(path, 1U << 20U);
-        return content.ok() ? std::string(textOf(content.value())) : "nothing";
-    }
     static std::string textIn(const std::optional<Data>& data) {
         return data ? std::string(textOf(*data)) : "nothing";
     }

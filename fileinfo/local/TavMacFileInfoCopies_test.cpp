@@ -20,22 +20,12 @@ class LocalCopiesTest : public MacFileInfoInMemory {
         memory.addFile("/a.txt", "abc");
         memory.addFolder("/folder");
     }
-    std::string contentOf(std::string_view path) {
-        const auto content = memory.readFile(path, 1000);
-        return content.ok() ? std::string(textOf(content.value())) : "nothing";
-    }
-    bool has(std::string_view path) { return memory.attributes(path).ok(); }
 
     FileInfoPtr out = at("/untouched");
 };
 
 class LocalCopiesOnDisk : public MacFileInfoOnDisk {
   protected:
-    std::string contentOf(std::string_view name) {
-        const auto content = FileSystem::current().readFile(folder.path(name), 1000);
-        return content.ok() ? std::string(textOf(content.value())) : "nothing";
-    }
-
     FileInfoPtr out;
 };
 
