@@ -11,6 +11,10 @@ namespace tav::internal {
 /// What may become of a file that stands where one is to be made.
 enum class Existing : bool { Refused, Rewritten };
 
+/// How often a new file's free name may be taken by somebody else, in the moment between looking
+/// and making the file, before that is given up.
+inline constexpr int mostNamesTried = 20;
+
 /// Makes a file with a content and, where they are not null, attributes. One that is there is
 /// rewritten in place or refused with EEXIST. The first failure: of the content, which may be
 /// written in part then, or of the attributes.

@@ -11,14 +11,6 @@
 
 namespace tav {
 
-namespace {
-
-/// How often a new file's name may be taken by somebody else in the moment between looking and
-/// making the file.
-constexpr int mostTries = 20;
-
-} // namespace
-
 std::optional<Data> TavFileInfo::fileContents() {
     if (!exists() || !isFile()) {
         return std::nullopt;
@@ -60,7 +52,7 @@ TavFileInfoPtr TavFileInfo::createFile(std::string_view name, BytesView contents
         return target;
     }
     const auto isTaken = [this](std::string_view candidate) { return find(candidate)->exists(); };
-    for (int tries = 0; tries < mostTries; ++tries) {
+    for (int tries = 0; tries < internal::mostNamesTried; ++tries) {
         TavFileInfoPtr target = find(internal::uniqueName(name, isTaken));
         if (createFileAtPath(target->path(), contents, attributes, internal::Existing::Refused) !=
             SystemError(EEXIST)) {

@@ -16,10 +16,6 @@ namespace {
 
 using internal::LocalOpenFile;
 
-/// How often a new file's name may be taken by somebody else in the moment between looking and
-/// making the file.
-constexpr int mostTries = 20;
-
 WholeFileRange wideRange(FileRange range) { return {range.location, range.length}; }
 
 /// Never 0, which would get nowhere.
@@ -197,7 +193,7 @@ FileInfoPtr TavMacFileInfo::createFile(std::string_view name, BytesView contents
     }
     std::string path;
     SystemError error(EEXIST);
-    for (int tries = 0; error == SystemError(EEXIST) && tries < mostTries; ++tries) {
+    for (int tries = 0; error == SystemError(EEXIST) && tries < internal::mostNamesTried; ++tries) {
         const FileInfoPtr target = find(uniqueFilename(name));
         if (!target) {
             return nullptr;

@@ -2,6 +2,7 @@
 
 #include "base/Exception.hpp"
 #include "base/Format.hpp"
+#include "fileinfo/ChunkCopy.hpp"
 #include "fileinfo/CopyFolder.hpp"
 #include "fileinfo/local/LocalCopySupport.hpp"
 #include "fileinfo/local/LocalOpenFile.hpp"
@@ -18,13 +19,25 @@ using internal::LocalOpenFile;
 
 namespace {
 
-constexpr std::string_view copyFailed = "copyToFile";
 constexpr std::string_view couldNotRead = "Could not read the file \"%@\".";
 
 template <class... Arguments>
-[[noreturn]] void raise(std::string_view name, std::string_view reason,
-                        const Arguments&... arguments) {
-    throw Exception(name, tav::format(localizedString(reason), arguments...));
+[[noreturn]] void raise(std::string_view reason, const Arguments&... arguments) {
+    throw Exception("copyToFile", tav::format(localizedString(reason), arguments...));
+}
+
+/// Raises unless a file is to be copied, onto a file or to where nothing stands.
+void checkEnds(TavMacFileInfo& source, TavBaseFileInfo* destination) {
+    if (destination != nullptr && destination->exists() && !destination->isFile()) {
+        raise("Can't copy the file \"%@\" because the destination \"%@\" is not a file.",
+              source.humanFriendlyPath(), destination->humanFriendlyPath());
+    }
+    if (!source.exists()) {
+        raise("Can't copy the file \"%@\" because it does not exist.", source.humanFriendlyPath());
+    }
+    if (!source.isFile()) {
+        raise("Can't copy the file \"%@\" because it is not a file.", source.humanFriendlyPath());
+    }
 }
 
 /// Whether both paths lead to one file.
@@ -71,13 +84,11 @@ class PendingCopy {
         }
         reading_ = source_.openFileForReading();
         if (!reading_) {
-            raise(copyFailed, "Could not open the file \"%@\" for reading.",
-                  source_.humanFriendlyPath());
+            raise("Could not open the file \"%@\" for reading.", source_.humanFriendlyPath());
         }
         writing_ = destination_ != nullptr ? destination_->openFileForWriting() : nullptr;
         if (!writing_) {
-            raise(copyFailed, "Could not open the file \"%@\" for writing.",
-                  shownPath(destination_));
+            raise("Could not open the file \"%@\" for writing.", shownPath(destination_));
         }
         isTouched_ = true;
     }
@@ -86,7 +97,7 @@ class PendingCopy {
     std::optional<Data> read(FileRange range) {
         std::optional<Data> data = source_.fileContentsWithRange(range, reading_.get());
         if (!data && hasFailed(*reading_)) {
-            raise(copyFailed, couldNotRead, source_.humanFriendlyPath());
+            raise(couldNotRead, source_.humanFriendlyPath());
         }
         return data;
     }
@@ -121,7 +132,7 @@ class PendingCopy {
     }
 
     [[noreturn]] void raiseNotWritten() {
-        raise(copyFailed, "Could not write the file \"%@\".", shownPath(destination_));
+        raise("Could not write the file \"%@\".", shownPath(destination_));
     }
     void closeDestination() {
         if (writing_) {
@@ -200,19 +211,7 @@ void TavMacFileInfo::copyToFile(TavBaseFileInfo* destination, const ProgressDele
     if (destination != nullptr && destination->isEqualTo(this)) {
         return;
     }
-    if (destination != nullptr && destination->exists() && !destination->isFile()) {
-        raise(copyFailed,
-              "Can't copy the file \"%@\" because the destination \"%@\" is not a file.",
-              humanFriendlyPath(), destination->humanFriendlyPath());
-    }
-    if (!exists()) {
-        raise(copyFailed, "Can't copy the file \"%@\" because it does not exist.",
-              humanFriendlyPath());
-    }
-    if (!isFile()) {
-        raise(copyFailed, "Can't copy the file \"%@\" because it is not a file.",
-              humanFriendlyPath());
-    }
+    checkEnds(*this, destination);
     // Another name for the very file: opening it for writing would empty the source.
     if (destination != nullptr && asMacFileInfo(destination) != nullptr &&
         areOneFile(path(), destination->path())) {
@@ -221,7 +220,7 @@ void TavMacFileInfo::copyToFile(TavBaseFileInfo* destination, const ProgressDele
 
     // A size that cannot be had reads as 0, and an empty copy would look like a good one.
     if (!_cacheAttributes()) {
-        raise(copyFailed, couldNotRead, humanFriendlyPath());
+        raise(couldNotRead, humanFriendlyPath());
     }
     // As everywhere here 32 bits of it, whatever a subclass answers.
     const auto total = static_cast<std::uint32_t>(size());
@@ -233,7 +232,7 @@ void TavMacFileInfo::copyToFile(TavBaseFileInfo* destination, const ProgressDele
     };
     const auto reportChunk = [&](float done) {
         if (report(done * 100.0F / static_cast<float>(total))) {
-            raise(copyFailed, "The file copy was canceled.");
+            raise("The file copy was canceled.");
         }
     };
 
@@ -243,7 +242,7 @@ void TavMacFileInfo::copyToFile(TavBaseFileInfo* destination, const ProgressDele
     std::uint64_t offset = 0;
     while (offset < total) {
         if (_cancelCopy.load(std::memory_order_relaxed)) {
-            raise("File copy canceled", "copying file \"%@\" was canceled", humanFriendlyPath());
+            internal::throwCancelled(*this);
         }
         const FileRange range{static_cast<std::uint32_t>(offset),
                               static_cast<std::uint32_t>(std::min(chunkSize, total - offset))};
