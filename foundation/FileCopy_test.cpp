@@ -38,14 +38,6 @@ class CopyFile : public FileManagerTest {
     Status copyInSilence(std::string_view from, std::string_view to) {
         return copyFile(path(from), path(to), nullptr, nullptr);
     }
-    /// What a file of this size holds.
-    static std::string pattern(std::size_t size) {
-        std::string text(size, '\0');
-        for (std::size_t i = 0; i < size; ++i) {
-            text[i] = static_cast<char>((i * 31 + i / 251) & 0xFF);
-        }
-        return text;
-    }
 
     Reports reports;
 };

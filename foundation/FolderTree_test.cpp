@@ -1,7 +1,6 @@
 #include "foundation/FileManager_test.hpp"
 #include "foundation/FolderTree.hpp"
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace tav {
@@ -61,6 +60,38 @@ class FolderTreeTest : public FileManagerTest {
     void expectOutsideIsWhole() {
         EXPECT_EQ(read("outside/kept"), "x");
         EXPECT_EQ(namesIn("outside"), Names{"kept"});
+    }
+    /// Removes "top" time and again, with a link in the place of a folder from one call on: the
+    /// first, the second, and so on until there are no more calls.
+    void exchangeAtEachCall(std::string_view folder, std::string_view target) {
+        for (std::size_t call = 1;; ++call) {
+            makeFolder("outside");
+            makeFile("outside/kept", "x");
+            makeFolder("top");
+            makeFile("top/kept", "x"); // the same name as outside
+            makeFolder("top/inner");
+            makeFile("top/inner/kept", "x");
+            faulty.restartCount();
+            faulty.atCall(call, [&] {
+                // Once it is gone there is nothing to exchange.
+                if (errorOfMove(folder, "aside", Replace::No) == 0) {
+                    makeLink(folder, target);
+                }
+            });
+            static_cast<void>(removeItem(path("top")));
+            const bool isDone = faulty.callCount() < call;
+            expectOutsideIsWhole();
+            faulty.atCall(call, [] {});
+            for (const char* left : {"top", "aside", "outside"}) {
+                if (stands(left)) {
+                    ASSERT_TRUE(removeItem(path(left)).isNone());
+                }
+            }
+            if (isDone) {
+                ASSERT_GT(call, 10U);
+                break;
+            }
+        }
     }
 };
 
@@ -285,61 +316,11 @@ TEST_P(FolderTreeTest, EveryFaultIsAnsweredAndARepeatedRemovalEnds) {
 }
 
 TEST_P(FolderTreeTest, AnExchangeAtAnyMomentCostsNothingBehindALink) {
-    for (std::size_t call = 1;; ++call) {
-        makeFolder("outside");
-        makeFile("outside/kept", "x");
-        makeFolder("top");
-        makeFolder("top/inner");
-        makeFile("top/inner/kept", "x"); // the same name as outside
-        faulty.restartCount();
-        faulty.atCall(call, [&] {
-            // Once it is gone there is nothing to exchange.
-            if (errorOfMove("top/inner", "aside", Replace::No) == 0) {
-                makeLink("top/inner", "../outside");
-            }
-        });
-        static_cast<void>(removeItem(path("top")));
-        const bool isDone = faulty.callCount() < call;
-        expectOutsideIsWhole();
-        faulty.atCall(call, [] {});
-        for (const char* left : {"top", "aside", "outside"}) {
-            if (stands(left)) {
-                ASSERT_TRUE(removeItem(path(left)).isNone());
-            }
-        }
-        if (isDone) {
-            ASSERT_GT(call, 10U);
-            break;
-        }
-    }
+    exchangeAtEachCall("top/inner", "../outside");
 }
 
 TEST_P(FolderTreeTest, AnExchangeOfTheFirstFolderCostsNothingBehindALink) {
-    for (std::size_t call = 1;; ++call) {
-        makeFolder("outside");
-        makeFile("outside/kept", "x");
-        makeFolder("top");
-        makeFile("top/kept", "x");
-        faulty.restartCount();
-        faulty.atCall(call, [&] {
-            if (errorOfMove("top", "aside", Replace::No) == 0) {
-                makeLink("top", "outside");
-            }
-        });
-        static_cast<void>(removeItem(path("top")));
-        const bool isDone = faulty.callCount() < call;
-        expectOutsideIsWhole();
-        faulty.atCall(call, [] {});
-        for (const char* left : {"top", "aside", "outside"}) {
-            if (stands(left)) {
-                ASSERT_TRUE(removeItem(path(left)).isNone());
-            }
-        }
-        if (isDone) {
-            ASSERT_GT(call, 6U);
-            break;
-        }
-    }
+    exchangeAtEachCall("top", "outside");
 }
 
 TEST_P(FolderTreeTest, ALinkThatComesAndGoesWithEachLookIsNotGoneThrough) {
@@ -372,16 +353,12 @@ TEST_P(FolderTreeTest, AnyDepthIsRemovedWithFewDescriptors) {
     constexpr std::size_t depth = 2000;
     makeChain("top", depth, 3);
     makeFolder("top/ddd/beside");
-    ::rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const std::size_t open =
-        internal::realFileSystem().folderEntries("/proc/self/fd").value().size();
-    ::rlimit few = before;
-    few.rlim_cur = open + 18; // the suite keeps the numbers below it without gaps
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    faulty.restartCount();
-    const SystemError error = removeItem(path("top"));
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    SystemError error;
+    {
+        const FewDescriptors few(18);
+        faulty.restartCount();
+        error = removeItem(path("top"));
+    }
     EXPECT_TRUE(error.isNone()) << error.number();
     EXPECT_FALSE(stands("top"));
     // Nowhere near the square of the depth.

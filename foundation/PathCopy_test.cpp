@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -220,16 +219,12 @@ TEST_P(CopyPath, AnyDepthIsCopiedWithFewDescriptors) {
     const std::size_t depth = GetParam() == Kind::Real ? 500 : 2000;
     makeChain("top", depth, 3);
     makeFolder("top/ddd/beside");
-    ::rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const std::size_t open =
-        internal::realFileSystem().folderEntries("/proc/self/fd").value().size();
-    ::rlimit few = before;
-    few.rlim_cur = open + 40; // a dozen and a half on each side
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    faulty.restartCount();
-    const Status status = copy("top", "to");
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    Status status{};
+    {
+        const FewDescriptors few(40); // a dozen and a half on each side
+        faulty.restartCount();
+        status = copy("top", "to");
+    }
     EXPECT_EQ(status, Status::Success);
     EXPECT_EQ(deepest("to", depth, 3), "deepest");
     EXPECT_TRUE(isFolder("to/ddd/beside"));

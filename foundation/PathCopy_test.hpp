@@ -22,14 +22,6 @@ class PathCopyTest : public FileManagerTest {
     Status move(std::string_view from, std::string_view to) {
         return movePath(path(from), path(to));
     }
-    /// What a file of this size holds.
-    static std::string pattern(std::size_t size) {
-        std::string text(size, '\0');
-        for (std::size_t i = 0; i < size; ++i) {
-            text[i] = static_cast<char>((i * 31 + i / 251) & 0xFF);
-        }
-        return text;
-    }
     void setDate(std::string_view name, double seconds) {
         ASSERT_TRUE(files.setModificationDate(path(name), Date(seconds)).isNone()) << name;
     }
