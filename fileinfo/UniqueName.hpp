@@ -2,6 +2,7 @@
 
 #include "base/Format.hpp"
 #include "base/PathString.hpp"
+#include "fileinfo/NameExtension.hpp"
 
 #include <string>
 #include <string_view>
@@ -17,11 +18,7 @@ template <class IsTaken>
     const std::string_view extension = pathExtension(name);
     std::string candidate(name);
     for (int number = 1; isTaken(candidate); ++number) {
-        candidate = tav::format("%@-%d", base, number);
-        if (!extension.empty()) {
-            candidate += '.';
-            candidate += extension;
-        }
+        candidate = nameWithExtension(tav::format("%@-%d", base, number), extension);
     }
     return candidate;
 }

@@ -2,6 +2,7 @@
 
 #include "base/PathString.hpp"
 #include "base/Unicode.hpp"
+#include "fileinfo/NameExtension.hpp"
 #include "fileinfo/PathPrefix.hpp"
 #include "fileinfo/local/AttributeValues.hpp"
 #include "fileinfo/local/TavFileInfo.hpp"
@@ -40,12 +41,7 @@ void TavFileInfo::setName(std::string_view name) {
 }
 
 void TavFileInfo::setNameKeepingExtension(std::string_view name) {
-    std::string whole(name);
-    if (const std::string own = extension(); !own.empty()) {
-        whole += '.';
-        whole += own;
-    }
-    setName(whole);
+    setName(internal::nameWithExtension(std::string(name), extension()));
 }
 
 std::string TavFileInfo::makeNameOSCompliant(std::string_view name) {

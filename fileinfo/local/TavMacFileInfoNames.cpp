@@ -3,6 +3,7 @@
 #include "base/Format.hpp"
 #include "base/PathString.hpp"
 #include "base/Unicode.hpp"
+#include "fileinfo/NameExtension.hpp"
 #include "fileinfo/local/CachedAttributes.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
 #include "foundation/HomePath.hpp"
@@ -31,12 +32,7 @@ void TavMacFileInfo::setName(std::string_view name) {
 }
 
 void TavMacFileInfo::setNameKeepingExtension(std::string_view name) {
-    std::string whole(name);
-    if (const std::string own = extension(); !own.empty()) {
-        whole += '.';
-        whole += own;
-    }
-    setName(whole);
+    setName(internal::nameWithExtension(std::string(name), extension()));
 }
 
 std::string TavMacFileInfo::makeNameOSCompliant(std::string_view name) {
