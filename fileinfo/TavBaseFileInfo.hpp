@@ -252,7 +252,7 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     [[nodiscard]] virtual FileInfoPtr createFolder(std::string_view name);
     /// A file with a content and, where they are not null, attributes by the platform's names
     /// ("NSFilePosixPermissions", ...): by a name that is free, or in the place of the file that
-    /// has it. Ask the item whether it exists. The short forms have no unique name, no progress.
+    /// has it. Ask the item whether it exists. The short forms tell no progress.
     [[nodiscard]] virtual FileInfoPtr
     createFile(std::string_view name, BytesView contents, const Value::Dictionary* attributes,
                bool ensureUniqueName, const ProgressDelegate* withProgress, void* userData);
