@@ -56,6 +56,8 @@ class OpenFile {
     virtual Result<std::size_t> read(std::span<std::byte> buffer) = 0;
     /// Reads at an offset and leaves the position.
     virtual Result<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> buffer) = 0;
+    /// Whether a second thread may call `readAt` at any time.
+    [[nodiscard]] virtual bool canBeReadBeside() const { return false; }
 
     /// One write of the host at the position (at the end for a file opened to append): how many
     /// bytes it took, which may be fewer than there were, when the disk is full say. The position
@@ -80,6 +82,11 @@ class OpenFile {
     /// the other file serves, too). Then nothing is changed. The position stays.
     virtual SystemError cloneRange(OpenFile& from, std::uint64_t fromOffset, std::uint64_t length,
                                    std::uint64_t offset) = 0;
+    /// Tells that a range behind the end is written next. Some file systems write it faster then,
+    /// since they find its place on the medium at once and not block by block. A hint: nothing that
+    /// can be read changes, and what is not written after all may keep its place until the file is
+    /// cut.
+    virtual void expectWrite(std::uint64_t /*offset*/, std::uint64_t /*length*/) {}
     /// Lets the host forget what it holds of the content in memory, so that the next read asks the
     /// medium. Only what is synced goes. A hint: some of it may stay.
     virtual void forgetCached() = 0;

@@ -248,6 +248,80 @@ TEST(LinuxHoles, VolumesWithoutSharedBlocksRefuseClones) {
     EXPECT_EQ(end, passed);
 }
 
+/// What an expected write takes on the medium before it happens; the file can be read as before.
+int expectedOn(const std::string& file, std::uint64_t used) {
+    const auto opened = files().open(file, forWriting);
+    OpenFile& f = *opened.value();
+    if (!f.write(bytesOf("before")).isNone() || !f.sync().isNone()) {
+        return 1;
+    }
+    f.expectWrite(block, 2 * block);
+    f.expectWrite(3 * block, 1);
+    f.expectWrite(~std::uint64_t{0}, 1);
+    f.expectWrite(0, ~std::uint64_t{0});
+    f.expectWrite(block, 0);
+    if (usedBy(file) != used) {
+        return 2;
+    }
+    if (f.attributes().value().size != 6 || f.position().value() != 6 || read(file) != "before") {
+        return 3;
+    }
+    if (!f.setPosition(block).isNone() || !f.write(bytesOf("behind")).isNone()) {
+        return 4;
+    }
+    if (read(file) != "before" + std::string(block - 6, '\0') + "behind") {
+        return 5;
+    }
+    const auto toRead = files().open(file, forReading);
+    toRead.value()->expectWrite(16 * block, block);
+    return f.setSize(6).isNone() && usedBy(file) == block && read(file) == "before" ? passed : 6;
+}
+
+TEST(LinuxHoles, AnExpectedWriteHasItsPlaceOnTheMedium) {
+    const TemporaryFolder folder;
+    const std::string place = folder.path("volume");
+    ASSERT_TRUE(files().createFolder(place, 0755).isNone());
+    const int end = runWithOwnMounts([&] {
+        return mountImage(folder.path("image"), "mkfs.ext4 -q -b 4096", "ext4", place)
+                   ? expectedOn(place + "/f", 4 * block)
+                   : cannotMount;
+    });
+    if (end == cannotMount) {
+        GTEST_SKIP() << "no root, no loop devices or no mkfs.ext4";
+    }
+    EXPECT_EQ(end, passed);
+}
+
+/// Without extents in the file system nothing can be kept ready.
+TEST(LinuxHoles, WhereNoPlaceCanBeKeptAnExpectedWriteChangesNothing) {
+    const TemporaryFolder folder;
+    const std::string place = folder.path("volume");
+    ASSERT_TRUE(files().createFolder(place, 0755).isNone());
+    const int end = runWithOwnMounts([&] {
+        return mountImage(folder.path("image"), "mkfs.ext4 -q -O ^extents,^64bit -b 4096", "ext4",
+                          place)
+                   ? expectedOn(place + "/f", block)
+                   : cannotMount;
+    });
+    if (end == cannotMount) {
+        GTEST_SKIP() << "no root, no loop devices or no mkfs.ext4";
+    }
+    EXPECT_EQ(end, passed);
+}
+
+TEST(LinuxHoles, MemoryIsNotFilledForAnExpectedWrite) {
+    const TemporaryFolder folder;
+    const int end = runWithOwnMounts([&] {
+        return ::mount("none", folder.path().c_str(), "tmpfs", 0, "size=1m,huge=never") == 0
+                   ? expectedOn(folder.path("f"), block)
+                   : cannotMount;
+    });
+    if (end == cannotMount) {
+        GTEST_SKIP() << "mounts need root";
+    }
+    EXPECT_EQ(end, passed);
+}
+
 TEST(LinuxHoles, WhatIsSyncedAndForgottenLeavesTheMemory) {
     const TemporaryFolder folder;
     const auto opened = files().open(folder.path("f"), forWriting);

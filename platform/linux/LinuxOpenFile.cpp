@@ -10,8 +10,10 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <linux/magic.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace tav {
@@ -22,6 +24,14 @@ namespace tav {
 namespace {
 
 constexpr auto largestOffset = static_cast<std::uint64_t>(std::numeric_limits<::off_t>::max());
+
+/// Ext4 takes a quarter less time to write where the blocks are there before (Linux 6.18). File
+/// systems that copy on write gain nothing, and those in memory would fill the range with zeros.
+bool gainsByBlocksBefore(const Descriptor& file) {
+    struct ::statfs volume {};
+    return errorOf([&] { return ::fstatfs(file.number(), &volume); }).isNone() &&
+           volume.f_type == EXT4_SUPER_MAGIC;
+}
 
 } // namespace
 
@@ -142,6 +152,23 @@ SystemError LinuxOpenFile::cloneRange(OpenFile& from, std::uint64_t fromOffset,
     const int answer =
         retryInterrupted([&] { return ::ioctl(file_.number(), FICLONERANGE, &range); });
     return answer < 0 ? SystemError(errno) : SystemError();
+}
+
+void LinuxOpenFile::expectWrite(std::uint64_t offset, std::uint64_t length) {
+    if (!canWrite() || length == 0 || offset > largestOffset || length > largestOffset - offset) {
+        return;
+    }
+    if (!gainsByExpecting_) {
+        gainsByExpecting_ = gainsByBlocksBefore(file_);
+    }
+    if (*gainsByExpecting_) {
+        // What failed once, for want of room or of extents, is not tried again.
+        gainsByExpecting_ =
+            errorOf([&] {
+                return ::fallocate(file_.number(), FALLOC_FL_KEEP_SIZE,
+                                   static_cast<::off_t>(offset), static_cast<::off_t>(length));
+            }).isNone();
+    }
 }
 
 void LinuxOpenFile::forgetCached() {

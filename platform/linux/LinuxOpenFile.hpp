@@ -3,6 +3,8 @@
 #include "platform/OpenFile.hpp"
 #include "platform/linux/Descriptor.hpp"
 
+#include <optional>
+
 namespace tav {
 
 /// A regular file held open by a descriptor of the kernel, which has the position.
@@ -15,6 +17,7 @@ class LinuxOpenFile final : public OpenFile {
     Result<FileAttributes> attributes() override;
     Result<std::size_t> read(std::span<std::byte> buffer) override;
     Result<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> buffer) override;
+    [[nodiscard]] bool canBeReadBeside() const override { return true; }
     Result<std::size_t> writeOnce(BytesView bytes) override;
     SystemError write(BytesView bytes) override;
     Result<std::uint64_t> position() override;
@@ -23,6 +26,7 @@ class LinuxOpenFile final : public OpenFile {
     Result<DataStretch> nextData(std::uint64_t offset) override;
     SystemError cloneRange(OpenFile& from, std::uint64_t fromOffset, std::uint64_t length,
                            std::uint64_t offset) override;
+    void expectWrite(std::uint64_t offset, std::uint64_t length) override;
     void forgetCached() override;
     [[nodiscard]] int descriptor() const override;
     SystemError setModificationDate(Date date) override;
@@ -36,6 +40,7 @@ class LinuxOpenFile final : public OpenFile {
 
     Descriptor file_;
     bool isWritable_;
+    std::optional<bool> gainsByExpecting_; ///< Unknown until somebody expects.
 };
 
 } // namespace tav

@@ -70,6 +70,12 @@ SystemError FaultyOpenFile::cloneRange(OpenFile& from, std::uint64_t fromOffset,
     return error.isNone() ? inner_->cloneRange(from, fromOffset, length, offset) : error;
 }
 
+void FaultyOpenFile::expectWrite(std::uint64_t offset, std::uint64_t length) {
+    if (files_.count("OpenFile.expectWrite").isNone()) {
+        inner_->expectWrite(offset, length);
+    }
+}
+
 void FaultyOpenFile::forgetCached() { inner_->forgetCached(); }
 
 int FaultyOpenFile::descriptor() const { return inner_->descriptor(); }

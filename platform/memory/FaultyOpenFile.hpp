@@ -27,6 +27,7 @@ class FaultyOpenFile final : public OpenFile {
     Result<DataStretch> nextData(std::uint64_t offset) override;
     SystemError cloneRange(OpenFile& from, std::uint64_t fromOffset, std::uint64_t length,
                            std::uint64_t offset) override;
+    void expectWrite(std::uint64_t offset, std::uint64_t length) override;
     void forgetCached() override;
     [[nodiscard]] int descriptor() const override;
     SystemError setModificationDate(Date date) override;

@@ -126,6 +126,14 @@ TEST_F(FaultyOpenFileTest, AnActionComesBeforeItsCall) {
     EXPECT_EQ(content(), "other!");
 }
 
+TEST_F(FaultyOpenFileTest, AnExpectedWriteCountsAndNobodyHearsOfItsFailure) {
+    const auto file = opened(forAppending);
+    files.failCall(2, ENOSPC);
+    file->expectWrite(0, 1);
+    EXPECT_EQ(files.callCount(), 2U);
+    EXPECT_TRUE(file->write(bytesOf("!")).isNone());
+}
+
 TEST_F(FaultyOpenFileTest, EndingWithTheObjectIsNoCall) {
     opened().reset();
     EXPECT_EQ(files.callCount(), 1U);
