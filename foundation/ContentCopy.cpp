@@ -1,10 +1,12 @@
 #include "foundation/ContentCopy.hpp"
 
 #include "platform/FileSystem.hpp"
+#include "platform/ReadAhead.hpp"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <memory>
 #include <utility>
 
 namespace tav::internal {
@@ -76,23 +78,33 @@ SystemError ContentCopy::copyStretches(OpenFile& from, OpenFile& to, std::uint64
 
 SystemError ContentCopy::copyBytes(OpenFile& from, OpenFile& to, std::uint64_t begin,
                                    std::uint64_t end) {
+    std::unique_ptr<ReadAhead> ahead;
+    if (end - begin >= ReadAhead::smallestFile) {
+        ahead = ReadAhead::start(from, begin, end, bufferSize);
+        to.expectWrite(begin, end - begin);
+    }
     while (begin < end) {
-        const auto wanted =
-            static_cast<std::size_t>(std::min<std::uint64_t>(bufferSize, end - begin));
-        const auto got = from.readAt(begin, buffer_.bytes().first(wanted));
+        const Result<BytesView> got = ahead ? ahead->next() : read(from, begin, end);
         if (!got.ok()) {
             return got.error();
         }
-        if (got.value() == 0) {
+        if (got.value().empty()) {
             return SystemError(EIO); // somebody cut the source
         }
-        const SystemError error = to.write(buffer_.bytes().first(got.value()));
+        const SystemError error = to.write(got.value());
         if (!error.isNone()) {
             return error;
         }
-        begin += got.value();
+        begin += got.value().size();
     }
     return {};
+}
+
+Result<BytesView> ContentCopy::read(OpenFile& from, std::uint64_t begin, std::uint64_t end) {
+    const std::span<std::byte> buffer = buffer_.bytes();
+    const auto got = from.readAt(begin, buffer.first(static_cast<std::size_t>(
+                                            std::min<std::uint64_t>(buffer.size(), end - begin))));
+    return got.ok() ? Result(BytesView(buffer.first(got.value()))) : got.error();
 }
 
 } // namespace tav::internal

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Data.hpp"
 #include "base/Result.hpp"
 #include "platform/LargeBuffer.hpp"
 #include "platform/OpenFile.hpp"
@@ -19,6 +20,8 @@ class ContentCopy {
   private:
     SystemError copyStretches(OpenFile& from, OpenFile& to, std::uint64_t size);
     SystemError copyBytes(OpenFile& from, OpenFile& to, std::uint64_t begin, std::uint64_t end);
+
+    Result<BytesView> read(OpenFile& from, std::uint64_t begin, std::uint64_t end);
 
     LargeBuffer buffer_;
     bool mayClone_ = true; ///< Until it turned out that these file systems cannot.

@@ -174,7 +174,7 @@ std::optional<WholeFileRange> LocalCopySupport::nextData(OpenFileToken& reading,
     if (file == nullptr) {
         return std::nullopt;
     }
-    const Result<DataStretch> stretch = file->file().nextData(offset);
+    const Result<DataStretch> stretch = file->nextData(offset);
     if (stretch.ok()) {
         return WholeFileRange{stretch.value().begin, stretch.value().end - stretch.value().begin};
     }

@@ -20,6 +20,8 @@ constexpr std::uint64_t largestBuffer = std::uint64_t{1} << 20U;
 /// The kernel copies a third faster to where a page begins than to sixteen bytes behind it, where
 /// the allocator puts large blocks.
 constexpr std::align_val_t pageSize{4096};
+/// How far ahead a large file is given its place: each time costs the file system a transaction.
+constexpr std::uint64_t expectedAtOnce = std::uint64_t{32} << 20U;
 
 } // namespace
 
@@ -125,18 +127,67 @@ bool LocalOpenFile::copyRange(LocalOpenFile& from, WholeFileRange range) {
     if (range.length < smallestBuffer || range.length > largestBuffer) {
         return false;
     }
-    const std::span<std::byte> bytes = pageBuffer(static_cast<std::size_t>(range.length));
-    const auto got =
-        bytes.empty() ? SystemError(ENOMEM) : from.file_->readAt(range.location, bytes);
-    if (!got.ok() || got.value() != range.length) {
+    const Result<BytesView> got = from.readToCopy(range);
+    if (!got.ok() || got.value().size() != range.length) {
         return false;
     }
+    expectWrites(range.location, from.aheadEnd_);
     const SystemError before = failure_;
-    if (write(bytes, range.location).isNone()) {
+    if (write(got.value(), range.location).isNone()) {
         return true;
     }
     failure_ = before;
     return false;
+}
+
+Result<BytesView> LocalOpenFile::readToCopy(WholeFileRange range) {
+    const bool follows = range.location == std::exchange(copiedTo_, range.location + range.length);
+    if (mayReadAhead_ && follows && range.length == largestBuffer) {
+        mayReadAhead_ = false;
+        startReadAhead(range.location);
+    }
+    if (readAhead_ && readAhead_->position() == range.location) {
+        Result<BytesView> got = readAhead_->next();
+        if (got.ok() && got.value().size() == range.length) {
+            return got;
+        }
+    }
+    readAhead_.reset();
+    const std::span<std::byte> bytes = pageBuffer(static_cast<std::size_t>(range.length));
+    if (bytes.empty()) {
+        return SystemError(ENOMEM);
+    }
+    const auto got = file_->readAt(range.location, bytes);
+    return got.ok() ? Result(BytesView(bytes.first(got.value()))) : got.error();
+}
+
+void LocalOpenFile::startReadAhead(std::uint64_t location) {
+    const auto attributes = file_->attributes();
+    const std::uint64_t end = attributes.ok() ? std::min(attributes.value().size, stretchEnd_) : 0;
+    if (end >= location && end - location >= ReadAhead::smallestFile) {
+        aheadEnd_ = end;
+        readAhead_ = ReadAhead::start(*file_, location, end, largestBuffer);
+    }
+}
+
+Result<DataStretch> LocalOpenFile::nextData(std::uint64_t offset) {
+    readAhead_.reset();
+    Result<DataStretch> stretch = file_->nextData(offset);
+    copiedTo_ = stretch.ok() ? stretch.value().begin : offset;
+    stretchEnd_ = stretch.ok() ? stretch.value().end : offset;
+    mayReadAhead_ = true;
+    aheadEnd_ = 0;
+    return stretch;
+}
+
+/// A range that begins here and those behind it, up to the end, are about to be written.
+void LocalOpenFile::expectWrites(std::uint64_t location, std::uint64_t end) {
+    if (location < expectedTo_ || location >= end) {
+        return;
+    }
+    const std::uint64_t length = std::min(expectedAtOnce, end - location);
+    file_->expectWrite(location, length);
+    expectedTo_ = location + length;
 }
 
 /// Empty when there is no room.
@@ -153,8 +204,20 @@ void LocalOpenFile::PageBufferDeleter::operator()(std::byte* bytes) const {
 }
 
 SystemError LocalOpenFile::close() {
+    readAhead_.reset();
+    if (expectedTo_ > knownSize_) {
+        giveBackExpected();
+    }
     closeFailure_ = std::exchange(file_, nullptr)->close();
     return noted(closeFailure_);
+}
+
+/// The place of what was not written after all goes back to the volume.
+void LocalOpenFile::giveBackExpected() {
+    const auto attributes = file_->attributes();
+    if (attributes.ok()) {
+        static_cast<void>(file_->setSize(attributes.value().size));
+    }
 }
 
 SystemError LocalOpenFile::noted(SystemError error) {

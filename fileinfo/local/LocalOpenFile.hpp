@@ -2,6 +2,7 @@
 
 #include "fileinfo/OpenFileToken.hpp"
 #include "platform/OpenFile.hpp"
+#include "platform/ReadAhead.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -42,7 +43,12 @@ class LocalOpenFile final : public OpenFileToken {
     bool cloneRange(LocalOpenFile& from, WholeFileRange range);
     /// Copies a large range through memory that the kernel copies to and from fastest: whether all
     /// of it went. Of a failure nothing is noted: whoever then reads and writes the range meets it.
+    /// The ranges of a large file, one after the other, are read ahead on another thread and have
+    /// their place on the medium beforehand.
     bool copyRange(LocalOpenFile& from, WholeFileRange range);
+    /// As of the file. Ranges to be copied are taken to follow each other up to the end of the
+    /// stretch, from then on.
+    Result<DataStretch> nextData(std::uint64_t offset);
     /// The file is closed afterwards, whatever is answered.
     SystemError close();
 
@@ -52,22 +58,38 @@ class LocalOpenFile final : public OpenFileToken {
     [[nodiscard]] SystemError closeFailure() const { return closeFailure_; }
 
   private:
+    Result<BytesView> readToCopy(WholeFileRange range);
+    void startReadAhead(std::uint64_t location);
     std::span<std::byte> pageBuffer(std::size_t size);
+    void expectWrites(std::uint64_t location, std::uint64_t end);
+    void giveBackExpected();
     SystemError growTo(std::uint64_t location);
     SystemError noted(SystemError error);
 
-    std::unique_ptr<OpenFile> file_; ///< Null when closed.
-    Mode mode_;
-    bool mayClone_ = true;
     struct PageBufferDeleter {
         void operator()(std::byte* bytes) const;
     };
+
+    std::unique_ptr<OpenFile> file_; ///< Null when closed.
+    Mode mode_;
+
+    // Of a file that is read.
     std::unique_ptr<std::byte[], PageBufferDeleter> buffer_;
     std::size_t bufferSize_ = 0;
+    std::unique_ptr<ReadAhead> readAhead_; ///< Is done with the file before that goes.
+    bool mayReadAhead_ = true;             ///< Once a stretch.
+    std::uint64_t copiedTo_ = 0;           ///< Behind the last range that was read to be copied.
+    std::uint64_t stretchEnd_ = ~std::uint64_t{0}; ///< Behind what is copied without a hole.
+    std::uint64_t aheadEnd_ = 0; ///< Up to here a large stretch is, or was, read ahead.
+
+    // Of a file that is written.
+    bool mayClone_ = true;
     /// Where the next write happens, unless that is not known.
     std::optional<std::uint64_t> position_ = 0;
     /// The file is at least as long, unless somebody else has cut it.
     std::uint64_t knownSize_ = 0;
+    std::uint64_t expectedTo_ = 0; ///< Up to here it may have a place on the medium.
+
     SystemError failure_;
     SystemError closeFailure_;
 };
