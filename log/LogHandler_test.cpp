@@ -159,7 +159,7 @@ TEST_F(LogHandlerTest, NotificationsOfAHandlerThatIsGoneAreDropped) {
     EXPECT_EQ(told, 0);
 }
 
-TEST_F(LogHandlerTest, WhatDoesNotGetTheLockInTimeIsNotDone) {
+TEST_F(LogHandlerTest, AThreadThatDoesNotGetTheLockInTimeDoesNothing) {
     std::vector<std::string> told;
     delegate->logTrimmedNotification = [&](LogHandler&) { told.emplace_back("trimmed"); };
     const auto log = handler();
@@ -195,7 +195,7 @@ TEST_F(LogHandlerTest, WhatDoesNotGetTheLockInTimeIsNotDone) {
     EXPECT_TRUE(told.empty());
 }
 
-TEST_F(LogHandlerTest, TheLockIsWaitedForHalfAMinute) {
+TEST_F(LogHandlerTest, AThreadWaitsForTheLockForHalfAMinute) {
     const auto log = handler();
     ASSERT_TRUE(log->lockWithTimeout());
     std::thread other([&] { log->logWithDataFromDictionary(record(1)); });
@@ -207,7 +207,7 @@ TEST_F(LogHandlerTest, TheLockIsWaitedForHalfAMinute) {
     EXPECT_EQ(log->getItemCount(), 1U);
 }
 
-TEST_F(LogHandlerTest, AnExceptionGivesTheLockBack) {
+TEST_F(LogHandlerTest, AnExceptionGivesTheLockToOtherThreads) {
     class Broken final : public MainThread {
         void post(std::function<void()> /*work*/) override { throw std::bad_alloc(); }
         void runAndWait(const std::function<void()>& work) override { work(); }
@@ -239,7 +239,7 @@ TEST_F(LogHandlerTest, OneThatWasTakenOutEndsNobodysRole) {
     LogDInit();
 }
 
-TEST_F(LogHandlerTest, WithoutTheLockNothingIsReleased) {
+TEST_F(LogHandlerTest, WhileAThreadHasTheLockNothingIsReleased) {
     LogInit({}, "/logs/own");
     auto log = handler("/logs/other");
     // A thread that ends with the lock never gives it back.

@@ -240,7 +240,7 @@ TEST_F(AtomicFile, AFolderThatMayNotBeReadIsNotSynced) {
     EXPECT_EQ(namesIn(files, folder.path()), Names{"f"});
 }
 
-TEST_F(AtomicFile, OfManyThatWriteAtOnceOneWins) {
+TEST_F(AtomicFile, OfManyThreadsThatWriteAtOnceOneWins) {
     std::vector<std::thread> writers;
     for (int number = 0; number < 4; ++number) {
         writers.emplace_back([this, number] {

@@ -163,7 +163,7 @@ TEST(ReadSome, AnswersWhatIsThere) {
     EXPECT_EQ(readSome(Descriptor(), buffer).error(), SystemError(EBADF));
 }
 
-TEST(ReadFully, WaitsForTheWholeBuffer) {
+TEST(ReadFully, WaitsForTheWholeBufferThatAThreadWrites) {
     Pipe pipe;
     std::thread writer([&] {
         EXPECT_TRUE(writeFully(pipe.writer, bytesOf("abc")).isNone());
@@ -209,7 +209,7 @@ TEST(ReadToEnd, AnswersTheFailure) {
     EXPECT_EQ(readToEnd(folder.value(), 0, 100).error(), SystemError(EISDIR));
 }
 
-TEST(WriteFully, TakesUpWhatThePipeDidNotTake) {
+TEST(WriteFully, TakesUpWhatThePipeThatAThreadReadsDidNotTake) {
     Pipe pipe;
     // Far more than a pipe holds: the kernel takes it in pieces.
     const std::string content(1 << 20, 'y');

@@ -145,7 +145,7 @@ TEST(LinuxClock, ADeadlineInThePastIsOverAtOnce) {
     EXPECT_TRUE(clock.waitUntil(condition, lock, std::chrono::nanoseconds::min()));
 }
 
-TEST(LinuxClock, WaitUntilEndsWhenTheConditionIsNotified) {
+TEST(LinuxClock, WaitUntilEndsWhenAThreadNotifiesTheCondition) {
     LinuxClock clock;
     std::mutex mutex;
     std::condition_variable condition;

@@ -151,7 +151,7 @@ TEST_F(LinuxFileSystemTest, ReadsASparseFileOnlyWithinTheLimit) {
     EXPECT_EQ(files.readFile(file, 16U << 20U).error(), SystemError(EFBIG));
 }
 
-TEST_F(LinuxFileSystemTest, ReadsWholeFilesThatChangeMeanwhile) {
+TEST_F(LinuxFileSystemTest, ReadsWholeFilesThatAThreadChangesMeanwhile) {
     const std::string file = made("f", "");
     std::atomic<bool> stop = false;
     std::thread writer([&] {

@@ -411,7 +411,7 @@ TEST_F(LinuxPreferencesTest, ALinkInThePlaceOfTheLockIsNotFollowed) {
     EXPECT_EQ(::access(folder.path("elsewhere").c_str(), F_OK), -1);
 }
 
-TEST_F(LinuxPreferencesTest, AChangeWaitsForTheLockAndQuestionsDoNot) {
+TEST_F(LinuxPreferencesTest, AThreadsChangeWaitsForTheLockAndQuestionsDoNot) {
     LinuxPreferences preferences(path);
     EXPECT_TRUE(preferences.setValue("a", 1).isNone());
     Descriptor lock = Descriptor::open((path + ".lock").c_str(), O_RDWR).value();

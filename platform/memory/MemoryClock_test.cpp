@@ -114,7 +114,7 @@ TEST(MemoryClock, ANotificationEndsTheWaitEarly) {
     EXPECT_TRUE(waiter.isOver());
 }
 
-TEST(MemoryClock, AdvancingReturnsWhenWhoWasWokenHoldsHisLock) {
+TEST(MemoryClock, AdvancingReturnsWhenTheThreadThatWasWokenHoldsItsLock) {
     MemoryClock clock;
     Waiter waiter(clock, 1s);
     clock.awaitWaiters();
