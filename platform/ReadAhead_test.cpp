@@ -1,6 +1,5 @@
-#include "platform/QuietThread.hpp"
+#include "platform/FileSystem.hpp"
 #include "platform/ReadAhead.hpp"
-#include "platform/linux/LinuxFileSystem.hpp"
 #include "testing/TemporaryFolder.hpp"
 
 #include <algorithm>
@@ -12,9 +11,6 @@
 #include <thread>
 
 #include <gtest/gtest.h>
-
-#include <pthread.h>
-#include <signal.h>
 
 namespace tav {
 namespace {
@@ -205,32 +201,13 @@ TEST_F(ReadAheadThread, WithoutMemoryThereIsNone) {
 
 TEST_F(ReadAheadThread, ReadsFilesOfTheHostBesideTheirPosition) {
     const TemporaryFolder folder;
-    LinuxFileSystem files;
+    FileSystem& files = internal::realFileSystem();
     const std::string content = contentOf(0, 123456);
     ASSERT_TRUE(files.writeFile(folder.path("f"), bytesOf(content), 0600).isNone());
     const auto opened = files.open(folder.path("f"), {});
     ASSERT_TRUE(opened.value()->setPosition(17).isNone());
     EXPECT_EQ(allOf(*ReadAhead::start(*opened.value(), 0, content.size(), 4096)), content);
     EXPECT_EQ(opened.value()->position().value(), 17U);
-}
-
-TEST(QuietThread, TakesNoSignalsAndLeavesThoseOfItsStarter) {
-    ::sigset_t before;
-    ASSERT_EQ(::pthread_sigmask(SIG_SETMASK, nullptr, &before), 0);
-    std::atomic<int> held = 0;
-    startQuietThread([&] {
-        ::sigset_t mask;
-        ::pthread_sigmask(SIG_SETMASK, nullptr, &mask);
-        for (const int number : {SIGINT, SIGTERM, SIGCHLD, SIGUSR1, SIGALRM, SIGPIPE}) {
-            held += ::sigismember(&mask, number);
-        }
-    }).join();
-    EXPECT_EQ(held, 6);
-    ::sigset_t after;
-    ASSERT_EQ(::pthread_sigmask(SIG_SETMASK, nullptr, &after), 0);
-    for (int number = 1; number < SIGRTMAX; ++number) {
-        EXPECT_EQ(::sigismember(&before, number), ::sigismember(&after, number)) << number;
-    }
 }
 
 } // namespace
