@@ -179,6 +179,13 @@ TEST_F(LinksOutTest, AFolderThatCannotBeCleanedIsToldSo) {
     EXPECT_EQ(internal::cleanUnpackedFolder("/x/none").number(), ENOENT);
 }
 
+TEST_F(LinksOutTest, WhatALinkInTheFoldersPlaceLeadsToIsLeftAlone) {
+    memory.addLink("/x/u/out", "/");
+    memory.addLink("/x/link", "u");
+    EXPECT_EQ(internal::cleanUnpackedFolder("/x/link").number(), ENOTDIR);
+    EXPECT_TRUE(has("out"));
+}
+
 TEST(UnpackedFolderTest, WhatIsNoFileFolderOrLinkGoes) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkdir(folder.path("d").c_str(), 0755), 0);

@@ -6,6 +6,7 @@
 #include "platform/OpenFolder.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 #include <vector>
 
@@ -54,6 +55,9 @@ SystemError cleanUnpackedFolder(std::string_view path) {
         return listed.error();
     }
     const FolderTree& tree = listed.value();
+    if (tree.isReachedByLink) {
+        return SystemError(ENOTDIR);
+    }
     Result<FolderTreeWalk> walk = FolderTreeWalk::over(tree);
     if (!walk.ok()) {
         return walk.error();

@@ -15,7 +15,8 @@ namespace tav::internal {
 /// leads nowhere. Links to what is missing and links in circles stay otherwise.
 ///
 /// Everything is judged before anything is removed. Stops at the first failure: EACCES where a
-/// folder may not be read or changed. Memory is in proportion to what is there, and time nearly so.
+/// folder may not be read or changed, ENOTDIR for a link in the folder's place, behind which lies
+/// somebody else's. Memory is in proportion to what is there, and time nearly so.
 SystemError cleanUnpackedFolder(std::string_view path);
 
 } // namespace tav::internal
