@@ -35,7 +35,7 @@ struct ChildEnd {
     enum class Kind : std::uint8_t {
         Exited,        ///< By itself, with the status `number` (0 to 255).
         Signalled,     ///< By the signal `number`.
-        WroteTooMuch,  ///< It was ended, since it wrote more than it may.
+        WroteTooMuch,  ///< More than it may; it was ended if it still ran.
         NobodyCanTell, ///< The caller's process ignores the ends of its children.
     };
     Kind kind = Kind::Exited;

@@ -66,37 +66,59 @@ std::optional<std::uint64_t> numberAfter(std::string_view text, std::string_view
     return error == std::errc() ? std::optional(number) : std::nullopt;
 }
 
-/// How many bytes a running process has given to write calls; nothing where the kernel keeps no
-/// account.
-std::optional<std::uint64_t> writtenBy(::pid_t process) {
-    const std::string path = "/proc/" + std::to_string(process) + "/io";
-    const Result<Descriptor> account = Descriptor::open(path.c_str(), O_RDONLY);
-    std::array<char, 1024> text{};
-    const Result<std::size_t> size =
-        account.ok() ? readFully(account.value(), std::as_writable_bytes(std::span(text)))
-                     : Result<std::size_t>(account.error());
-    return size.ok() ? numberAfter(std::string_view(text.data(), size.value()), "wchar: ")
-                     : std::nullopt;
+/// How many bytes a process has given to write calls, with what those of its children gave that it
+/// has waited for. To be opened while it runs: of a process that has ended, only root may open it,
+/// but who has it open may read it until somebody waits for the process.
+class WriteAccount {
+  public:
+    explicit WriteAccount(::pid_t process)
+        : file_(Descriptor::open(("/proc/" + std::to_string(process) + "/io").c_str(), O_RDONLY)) {}
+
+    /// Nothing where the kernel keeps none.
+    [[nodiscard]] std::optional<std::uint64_t> bytes() const {
+        std::array<char, 1024> text{};
+        if (!file_.ok()) {
+            return std::nullopt;
+        }
+        const ::ssize_t size = retryInterrupted(
+            [&] { return ::pread(file_.value().number(), text.data(), text.size(), 0); });
+        return size > 0 ? numberAfter({text.data(), static_cast<std::size_t>(size)}, "wchar: ")
+                        : std::nullopt;
+    }
+
+  private:
+    Result<Descriptor> file_;
+};
+
+/// One file alone is held to it by the kernel, to the byte, and needs no counting: also holes are
+/// too much. That the limit comes a moment after the start does not matter: it holds for files that
+/// are open, too, and what was written until then is counted in the end.
+void limitFiles(::pid_t child, std::uint64_t mayWrite) {
+    ::rlimit size = {};
+    if (::prlimit(child, RLIMIT_FSIZE, nullptr, &size) != 0) {
+        return;
+    }
+    const ::rlim_t limit = std::min<::rlim_t>(mayWrite, std::numeric_limits<::off_t>::max());
+    // A lower one that the caller has himself stays. None is the largest number.
+    size = {std::min(size.rlim_cur, limit), std::min(size.rlim_max, limit)};
+    ::prlimit(child, RLIMIT_FSIZE, &size, nullptr);
 }
 
 /// Waits for the end without taking the status, or ends the child once it has written too much;
-/// whether it had to.
-bool endAfterWriting(::pid_t child, std::uint64_t mayWrite) {
+/// whether it has.
+bool writesTooMuch(::pid_t child, std::uint64_t mayWrite) {
     const Descriptor held(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
-    // One file alone is held to it by the kernel, to the byte, and needs no counting: also holes
-    // are too much. That the limit comes a moment after the start does not matter, since it holds
-    // for files that are open, too.
-    const ::rlim_t limit = std::min<::rlim_t>(mayWrite, std::numeric_limits<::off_t>::max());
-    const ::rlimit size = {limit, limit};
-    ::prlimit(child, RLIMIT_FSIZE, &size, nullptr);
+    const WriteAccount account(child);
+    limitFiles(child, mayWrite);
     ::pollfd ended = {held.number(), POLLIN, 0};
     // Without a descriptor, on an old kernel, nothing is counted.
-    while (held.isOpen() &&
-           retryInterrupted([&] { return ::poll(&ended, 1, countInterval); }) == 0) {
-        const std::optional<std::uint64_t> written = writtenBy(child);
-        if (written && *written > mayWrite) {
-            // It leads a session of its own, so this ends what it has started, too.
-            ::kill(-child, SIGKILL);
+    for (bool runs = held.isOpen(); runs;) {
+        runs = retryInterrupted([&] { return ::poll(&ended, 1, countInterval); }) == 0;
+        if (account.bytes().value_or(0) > mayWrite) {
+            if (runs) {
+                // It leads a session of its own, so this ends what it has started, too.
+                ::kill(-child, SIGKILL);
+            }
             return true;
         }
     }
@@ -119,9 +141,9 @@ Result<ChildEnd> LinuxChildProcess::run(const ChildRequest& request) {
     if (!child.ok()) {
         return child.error();
     }
-    const bool wasEnded = request.mayWrite && endAfterWriting(child.value(), *request.mayWrite);
+    const bool tooMuch = request.mayWrite && writesTooMuch(child.value(), *request.mayWrite);
     const std::optional<int> status = internal::waitForChild(child.value());
-    if (wasEnded || (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXFSZ)) {
+    if (tooMuch || (status && WIFSIGNALED(*status) && WTERMSIG(*status) == SIGXFSZ)) {
         return ChildEnd{ChildEnd::Kind::WroteTooMuch, 0};
     }
     if (!status) {

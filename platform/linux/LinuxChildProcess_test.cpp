@@ -1,4 +1,5 @@
 #include "platform/linux/LinuxChildProcess.hpp"
+#include "testing/ForkedProcess.hpp"
 #include "testing/TemporaryFolder.hpp"
 
 #include <algorithm>
@@ -15,6 +16,8 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -280,6 +283,47 @@ TEST_F(LinuxChildProcessTest, ManyFilesStopTogether) {
     // Each of them is small enough, and it would never end.
     EXPECT_EQ(script("while :; do printf '%010000d' 1 > \"$1\"; done", {out()}).value(),
               (ChildEnd{Kind::WroteTooMuch, 0}));
+}
+
+TEST_F(LinuxChildProcessTest, WhatItWroteRightBeforeItsEndCountsToo) {
+    const std::string pieces = "i=0; while [ $i -lt 9 ]; do printf '%010000d' 1 > \"$1\"; "
+                               "i=$((i + 1)); done; exit 7";
+    request.mayWrite = 50'000;
+    for (int round = 0; round < 10; ++round) {
+        EXPECT_EQ(script(pieces, {out()}).value(), (ChildEnd{Kind::WroteTooMuch, 0}));
+    }
+    request.mayWrite = 90'000;
+    EXPECT_EQ(script(pieces, {out()}).value(), (ChildEnd{Kind::Exited, 7}));
+    // By somebody who is not root.
+    request.mayWrite = 50'000;
+    EXPECT_EQ(runForked([&] {
+                  constexpr ::uid_t nobody = 65534;
+                  if (::geteuid() == 0 && (::chmod(folder.path().c_str(), 0777) != 0 ||
+                                           ::setresuid(nobody, nobody, nobody) != 0)) {
+                      return 100;
+                  }
+                  const Result<ChildEnd> end = script(pieces, {folder.path("another")});
+                  return end.ok() ? static_cast<int>(end.value().kind) : 101;
+              }),
+              (ProcessEnd{static_cast<int>(Kind::WroteTooMuch), 0}));
+}
+
+TEST_F(LinuxChildProcessTest, ALimitThatTheCallerHasStays) {
+    const auto sizeWith = [this](::rlimit limit) {
+        const ProcessEnd end = runForked([&] {
+            if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+                return 100;
+            }
+            request.mayWrite = 100'000;
+            const Result<ChildEnd> written =
+                script("sleep 0.1; exec head -c 5000 /dev/zero > \"$1\"", {out()});
+            return written.ok() && written.value().kind == Kind::WroteTooMuch ? 0 : 1;
+        });
+        EXPECT_EQ(end, (ProcessEnd{0, 0}));
+        return std::filesystem::file_size(out());
+    };
+    EXPECT_EQ(sizeWith({1000, RLIM_INFINITY}), 1000U);
+    EXPECT_EQ(sizeWith({2000, 2000}), 2000U);
 }
 
 TEST_F(LinuxChildProcessTest, WithoutABoundItWritesWhatItLikes) {
