@@ -17,6 +17,24 @@ namespace {
 
 using Names = std::vector<std::string>;
 
+/// A zip archive of empty files as somebody else made it.
+std::string emptyFilesZipped(const Names& names) {
+    std::string archive;
+    std::string list;
+    const auto two = [](std::size_t number) {
+        return std::string{static_cast<char>(number & 0xFFU), static_cast<char>(number >> 8U)};
+    };
+    for (const std::string& name : names) {
+        const std::string zeros(16, '\0');
+        list += "PK\x01\x02" + two(0x0314) + two(10) + zeros + zeros.substr(12) + two(name.size()) +
+                zeros.substr(4) + two(archive.size()) + two(0) + name;
+        archive +=
+            "PK\x03\x04" + two(10) + zeros + zeros.substr(12) + two(name.size()) + two(0) + name;
+    }
+    return archive + list + "PK\x05\x06" + two(0) + two(0) + two(names.size()) + two(names.size()) +
+           two(list.size()) + two(0) + two(archive.size()) + two(0) + two(0);
+}
+
 /// Items on disk, with a temporary folder of their own.
 class ArchiveProgramsTest : public MacFileInfoOnDisk {
   protected:
@@ -138,8 +156,9 @@ TEST_F(DittoProgramTest, AnEmptyFolderAndALinkAlone) {
 }
 
 TEST_F(DittoProgramTest, NamesOfAnyBytes) {
-    for (const std::string name : {"-rf", "--help", "@file", "[x]*?", "new\nline", "\xC3\xA9",
-                                   "a\\b", " ", "...", "$(x)", "\xFF\xFE", "d\xFF"}) {
+    for (const std::string name :
+         {"-rf", "--help", "@file", "[x]*?", "new\nline", "\xC3\xA9", "a\\b", "a:b", "C:", "Z:\\x",
+          " ", "...", "$(x)", "\xFF\xFE", "d\xFF"}) {
         addFile(name, name);
         EXPECT_EQ(thereAndBack(in(name), false), (Names{name}));
         EXPECT_EQ(contentOf(unpacked(name)), name);
@@ -149,6 +168,13 @@ TEST_F(DittoProgramTest, NamesOfAnyBytes) {
     const Names before = picture(folder.path("d"));
     EXPECT_EQ(thereAndBack(in("d"), false), (Names{"d"}));
     EXPECT_EQ(picture(unpacked("d")), before);
+}
+
+TEST_F(DittoProgramTest, LettersWithAColonAreNoDrives) {
+    addFile("a.zip", emptyFilesZipped({"A: notes", "B: notes", "/C:", "d/E:f", "G:/h"}));
+    EXPECT_EQ(namesOf(in("a.zip")->unzip()), (Names{"A: notes", "B: notes", "C:", "G:", "d"}));
+    EXPECT_TRUE(std::filesystem::is_regular_file(unpacked("d/E:f")));
+    EXPECT_TRUE(std::filesystem::is_regular_file(unpacked("G:/h")));
 }
 
 TEST_F(DittoProgramTest, NamesThatAreUTF8AreMarkedSo) {

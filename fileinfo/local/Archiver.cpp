@@ -39,6 +39,15 @@ std::string absolutePath(std::string_view path) {
     return stringByAppendingPathComponent(here.ok() ? here.value() : "/", path);
 }
 
+/// Whether bsdtar changes the name where no "./" stands before it: a letter and a colon, a drive of
+/// another system, are taken away, and in names without any slash backslashes are read as slashes.
+bool looksForeign(std::string_view name) {
+    const bool hasDrive =
+        name.size() > 1 && name[1] == ':' &&
+        ((name[0] >= 'a' && name[0] <= 'z') || (name[0] >= 'A' && name[0] <= 'Z'));
+    return hasDrive || name.find('\\') != std::string_view::npos;
+}
+
 /// Whether the name of a file, or of a folder and all that is in it, is UTF-8.
 bool hasReadableNames(std::string_view path) {
     if (!isValidUTF8(lastPathComponent(path))) {
@@ -111,9 +120,11 @@ bool unpackWithUnzip(const std::string& archive, const std::string& folder) {
 }
 
 bool unpackWithBsdtar(const std::string& archive, const std::string& folder) {
+    // The "./" keeps the first letters of names like "A: notes", see `looksForeign`; what links say
+    // stays.
     return keepsToItsRoom({bsdtarProgram,
-                           {"-C", folder, "--no-same-owner", "--no-same-permissions",
-                            "--passphrase", "x", "-xf", archive},
+                           {"-C", folder, "-s", ",^/*[A-Za-z]:,./~,S", "--no-same-owner",
+                            "--no-same-permissions", "--passphrase", "x", "-xf", archive},
                            {},
                            {}},
                           folder);
@@ -168,9 +179,9 @@ void dittoPack(std::string_view path, std::string_view archive) {
     const std::string_view name = lastPathComponent(from);
     ChildRequest request{bsdtarProgram, {"--format", "zip"}, {}, {}};
     std::vector<std::string>& arguments = request.arguments;
-    if (name.find('\\') == std::string_view::npos) {
+    if (!looksForeign(name)) {
         // The "./", before which a name could be an option or an archive, is not stored; what links
-        // say stays. In names without any slash backslashes are read as slashes, so there it is.
+        // say stays.
         arguments.insert(arguments.end(), {"-s", ",^\\./,,S"});
     }
     arguments.insert(arguments.end(), {"-C", stringByDeletingLastPathComponent(from), "-cf",

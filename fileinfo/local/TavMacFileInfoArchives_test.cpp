@@ -215,6 +215,17 @@ TEST_F(ArchivesTest, BsdtarPacksInItsPlace) {
     static_cast<void>(at("/a\\b")->ditto());
     EXPECT_EQ(asked().arguments,
               (Arguments{"--format", "zip", "-C", "/", "-cf", working, "./a\\b"}));
+    for (const std::string name : {"A: notes", "z:", "Z:\\x", "a:b"}) {
+        memory.addFile("/" + name, "");
+        static_cast<void>(at("/" + name)->ditto());
+        EXPECT_EQ(asked().arguments,
+                  (Arguments{"--format", "zip", "-C", "/", "-cf", working, "./" + name}));
+    }
+    for (const std::string name : {"A", "ab:c", ":a", "1:a", "@:", "[:", "`:", "{:"}) {
+        memory.addFile("/" + name, "");
+        static_cast<void>(at("/" + name)->ditto());
+        EXPECT_EQ(asked().arguments.at(2), "-s") << name;
+    }
 }
 
 TEST_F(ArchivesTest, NamesThatAreNoTextArePackedAsBytes) {
@@ -355,11 +366,12 @@ TEST_F(ArchivesTest, BsdtarUnpacksInItsPlaceAndUnzipAfterIt) {
     install("bsdtar");
     install("unzip");
     EXPECT_NE(at("/home/a.zip")->unzip(), std::nullopt);
-    EXPECT_EQ(asked(), (ChildRequest{"/usr/bin/bsdtar",
-                                     {"-C", unpacked, "--no-same-owner", "--no-same-permissions",
-                                      "--passphrase", "x", "-xf", "/home/a.zip"},
-                                     {},
-                                     {}}));
+    EXPECT_EQ(asked(),
+              (ChildRequest{"/usr/bin/bsdtar",
+                            {"-C", unpacked, "-s", ",^/*[A-Za-z]:,./~,S", "--no-same-owner",
+                             "--no-same-permissions", "--passphrase", "x", "-xf", "/home/a.zip"},
+                            {},
+                            {}}));
     memory.removeAll("/usr/bin/bsdtar");
     EXPECT_NE(at("/home/a.zip")->unzip(), std::nullopt);
     EXPECT_EQ(
@@ -450,6 +462,26 @@ TEST_F(ArchivesTest, LinksThatLeadOutGoBeforeTheAnswer) {
         };
         EXPECT_EQ(namesIn(at("/home/a.zip")->unzip()), (Arguments{"file", "in"}));
         EXPECT_EQ(contentOf("/home/notes.txt"), "text");
+    }
+}
+
+TEST_F(ArchivesTest, NothingIsCleanedBehindALinkThatTookTheFoldersPlace) {
+    memory.addLink("/home/kept", "/tmp");
+    memory.addFile("/home/__MACOSX/f", "text");
+    for (const char* const program : {"ditto", "bsdtar", "unzip"}) {
+        memory.removeAll("/usr/bin");
+        install(program);
+        children.program = [this](const ChildRequest&) {
+            memory.removeAll(unpacked);
+            memory.addLink(unpacked, "/home");
+            return ChildEnd();
+        };
+        const std::optional<FileInfoArray> items = at("/home/a.zip")->unzip();
+        ASSERT_TRUE(items);
+        EXPECT_TRUE(items->empty());
+        EXPECT_TRUE(isThere("/home/kept"));
+        EXPECT_EQ(contentOf("/home/__MACOSX/f"), "text");
+        EXPECT_EQ(memory.attributes(unpacked).value().kind, FileKind::Folder);
     }
 }
 
