@@ -57,7 +57,11 @@ Result<Data> LocalOpenFile::read(WholeFileRange range) {
             return noted(attributes.error());
         }
         const std::uint64_t size = attributes.value().size;
-        length = range.location < size ? std::min(length, size - range.location) : 0;
+        if (size == 0) { // those of the kernel's own files tell nothing
+            length = smallRange;
+        } else {
+            length = range.location < size ? std::min(length, size - range.location) : 0;
+        }
     }
     Data buffer;
     try {

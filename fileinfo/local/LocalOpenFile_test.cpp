@@ -70,6 +70,18 @@ TEST_F(LocalOpenFileTest, ALongRangeTakesNoMoreMemoryThanTheFileHasBytes) {
     EXPECT_EQ(textOf(*whole), "0123456789");
 }
 
+TEST_F(LocalOpenFileOnDisk, ALongRangeHasTheContentOfAFileThatTellsNoSize) {
+    const Item item = at("/proc/version");
+    const Token token = item->openFileForReading();
+    ASSERT_NE(token, nullptr);
+    const std::string content = textOfRange(*item, token.get(), 0, 1000);
+    EXPECT_NE(content, "");
+    constexpr std::uint32_t longest = std::numeric_limits<std::uint32_t>::max();
+    EXPECT_EQ(textOfRange(*item, token.get(), 0, longest), content);
+    EXPECT_EQ(textOfRange(*item, token.get(), 5, longest), content.substr(5));
+    EXPECT_EQ(textOfRange(*item, token.get(), longest, longest), "");
+}
+
 TEST_F(LocalOpenFileTest, MemoryThatIsGivenBackIsUsedAgain) {
     memory.addFile("/a", std::string(3000, 'x'));
     const Item item = at("/a");
