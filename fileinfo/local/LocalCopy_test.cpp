@@ -264,14 +264,14 @@ TEST(LocalCopy, OnTinyFullAndReadOnlyVolumesEndsWithAStatus) {
 
 TEST(LocalCopy, IsCancelledFromAnotherThreadAtRandomMoments) {
     const TemporaryFolder folder;
-    const std::string content(5'000'000, 'x');
+    const std::string content(9'000'000, 'x'); // large enough to be read ahead
     write(folder.path("a"), content);
     std::mt19937 random(20'090'102);
-    for (int n = 0; n < 100; ++n) {
+    for (int n = 0; n < 1000; ++n) {
         const auto source = item(folder.path("a"));
         const auto destination = item(folder.path("b"));
         std::atomic<bool> begins = false;
-        const auto delay = static_cast<long>(random() % 2000);
+        const auto delay = static_cast<long>(random() % 4000);
         std::thread other([&] {
             while (!begins.load(std::memory_order_relaxed)) {
                 std::this_thread::yield();
