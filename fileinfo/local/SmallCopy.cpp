@@ -169,8 +169,11 @@ std::optional<Status> SmallCopy::report(NewFile& file) {
         return std::nullopt;
     }
     shown_ = TavMacFileInfo::fileInfoWithPath(temporaryPath_);
-    const CleanUp forgetting([this] { shown_->refresh(); }); // as when it is closed
     try {
+        const CleanUp forgetting([this] {
+            temporaryPath_ = shown_->_itsPath; // the delegate may have given it another name
+            shown_->refresh();                 // as when it is closed
+        });
         constexpr float whole = 100;
         copy_.isCancelled.store(
             copy_.delegate->copyingFile(source_, *shown_, whole, copy_.userData),

@@ -283,6 +283,21 @@ TEST(SmallCopy, CannotBeToldFromTheStepsByItsDelegate) {
              return false;
          }},
         {"removes the copy", [](World&, TavBaseFileInfo& copy) { return !copy.remove(); }},
+        {"gives the copy another name",
+         [](World&, TavBaseFileInfo& copy) {
+             copy.setName("mine");
+             return false;
+         }},
+        {"gives the copy another name and raises",
+         [](World&, TavBaseFileInfo& copy) -> bool {
+             copy.setName("mine");
+             throw Exception("mine", "enough");
+         }},
+        {"gives the copy another name and raises another",
+         [](World&, TavBaseFileInfo& copy) -> bool {
+             copy.setName("mine");
+             throw std::runtime_error("x");
+         }},
         {"takes the name",
          [](World& w, TavBaseFileInfo&) {
              w.memory.addFile("/d/b", "theirs");
