@@ -293,8 +293,8 @@ class TavBaseFileInfo : public Coding, public std::enable_shared_from_this<TavBa
     /// -200 and -201, and after an exception outside the chunks, it is left as it was.
     ///
     /// What it does not promise, and `CopyOptions` do:
-    /// - The destination is removed before the copy begins; after a failure it is gone. A FILE
-    ///   COPIED ONTO ITSELF, or into its own folder under its own name, IS LOST.
+    /// - The destination is removed first, gone after a failure; in a folder it is emptied before,
+    ///   THROUGH LINKS, TOO. A FILE COPIED ONTO ITSELF or into its folder under its name IS LOST.
     /// - What a read or write failure leaves is moved into place all the same, under the status of
     ///   the failure, and a source that has become shorter is copied as it is, with 0.
     /// - Whether the whole file could be moved into place is not looked at: the out item tells,

@@ -68,6 +68,61 @@ TEST(LocalCopy, CarriesContentAndDates) {
     EXPECT_EQ(made->size(), content.size());
 }
 
+/// The name is held by an empty file first, which is written through a link that has it.
+TEST(LocalCopy, IntoAFolderEmptiesWhatALinkOfTheNameLeadsTo) {
+    const TemporaryFolder folder;
+    const std::string into = folder.path("into");
+    ASSERT_TRUE(files().createFolder(into, 0777).isNone());
+    ASSERT_TRUE(files().createLink(into + "/a", folder.path("theirs")).isNone());
+    CopyOptions safe;
+    safe.keepsDestination = true;
+    for (const bool isSafe : {true, false}) {
+        write(folder.path("a"), "content");
+        write(folder.path("theirs"), "theirs");
+        ASSERT_EQ(copy(folder.path("a"), into, isSafe ? safe : CopyOptions()), Status::Success);
+        EXPECT_EQ(read(into + "/a"), "content");
+        EXPECT_EQ(read(folder.path("theirs")), isSafe ? "theirs" : "");
+        ASSERT_TRUE(files().removeFile(into + "/a").isNone());
+        ASSERT_TRUE(files().createLink(into + "/a", folder.path("theirs")).isNone());
+    }
+    // A link to the source itself, symbolic or hard.
+    for (const bool isHard : {true, false}) {
+        ASSERT_TRUE(files().removeFile(into + "/a").isNone());
+        ASSERT_EQ(isHard ? ::link(folder.path("a").c_str(), (into + "/a").c_str())
+                         : ::symlink(folder.path("a").c_str(), (into + "/a").c_str()),
+                  0);
+        write(folder.path("a"), "content");
+        ASSERT_EQ(copy(folder.path("a"), into, safe), Status::Success);
+        EXPECT_EQ(read(folder.path("a")) + read(into + "/a"), "contentcontent");
+        ASSERT_TRUE(files().removeFile(into + "/a").isNone());
+        ASSERT_EQ(isHard ? ::link(folder.path("a").c_str(), (into + "/a").c_str())
+                         : ::symlink(folder.path("a").c_str(), (into + "/a").c_str()),
+                  0);
+        ASSERT_EQ(copy(folder.path("a"), into), Status::Success);
+        EXPECT_EQ(read(folder.path("a")) + read(into + "/a"), "");
+    }
+}
+
+/// Its folder would be the one without a path, which is on no volume.
+TEST(LocalCopy, ABareNameIsNoDestination) {
+    const TemporaryFolder folder;
+    write(folder.path("a"), "content");
+    EXPECT_EQ(copy(folder.path("a"), "QuillboxBareName"), CopyStatus::noRoom);
+    EXPECT_EQ(read("QuillboxBareName"), "(none)");
+}
+
+TEST(LocalCopy, OfAFileOfTheTemporaryNameInItsOwnFolderLosesIt) {
+    const TemporaryFolder folder;
+    const std::string source = folder.path("QuillboxCopyFile.tmp");
+    write(source, "content");
+    CopyOptions safe;
+    safe.keepsDestination = true;
+    EXPECT_EQ(copy(source, folder.path("a"), safe), Status::Success);
+    EXPECT_EQ(read(folder.path("a")) + read(source), "contentcontent");
+    EXPECT_EQ(copy(source, folder.path("b")), Status::Success);
+    EXPECT_EQ(read(folder.path("b")) + read(source), "(none)");
+}
+
 TEST(LocalCopy, ALargeFileIsCopiedUpToItsLow32Bits) {
     const TemporaryFolder folder;
     const std::uint64_t beyond = (std::uint64_t{1} << 32U) + 12'345;
