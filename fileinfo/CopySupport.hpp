@@ -41,8 +41,8 @@ struct PlainCopy {
 };
 
 /// What a back-end can do for the copies with options, beyond the plain operations of its items. It
-/// has no state of its own; items and tokens are those of its back-end. Nothing raises. Answers are
-/// 0 or a failure; `Status::NotSupported` for what the volume cannot do.
+/// has no state of its own; items and tokens are those of its back-end. Nothing raises but what a
+/// delegate does. Answers are 0 or a failure; `Status::NotSupported` for what the volume cannot do.
 class CopySupport {
   public:
     CopySupport() = default;
