@@ -9,6 +9,7 @@
 
 namespace tav {
 
+class OpenFile;
 class Volumes;
 
 namespace internal {
@@ -43,6 +44,10 @@ class Volumes : public Seam<Volumes, internal::realVolumes> {
     virtual Result<std::uint64_t> freeBytes(std::string_view path) {
         const Result<VolumeInfo> volume = volumeOfPath(path);
         return volume.ok() ? Result(volume.value().freeBytes) : volume.error();
+    }
+    /// Of the volume that an open file lies on, which spares the way along its path.
+    virtual Result<std::uint64_t> freeBytesOfFile(const OpenFile& /*file*/, std::string_view path) {
+        return freeBytes(path);
     }
     /// Whether a volume is mounted on this very folder; of a link at the path never.
     virtual bool isVolumeRoot(std::string_view path) = 0;

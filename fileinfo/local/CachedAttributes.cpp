@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cmath>
 #include <iterator>
+#include <utility>
 
 namespace tav {
 
@@ -35,14 +36,25 @@ SystemError internal::keepCreationDate(std::string_view path, Date date) {
                 : SystemError(EINVAL);
 }
 
-const Data* internal::CachedAttributes::extended(std::string_view path, std::string_view name) {
+std::size_t internal::CachedAttributes::indexOf(std::string_view name) {
     constexpr std::array<std::string_view, 4> names = {
         typeAttribute, creatorAttribute, hideExtensionAttribute, creationDateAttribute};
     if (!answers_) {
         answers_ = std::make_unique<Answers>();
     }
-    const auto index =
-        static_cast<std::size_t>(std::distance(names.begin(), std::ranges::find(names, name)));
+    return static_cast<std::size_t>(std::distance(names.begin(), std::ranges::find(names, name)));
+}
+
+void internal::CachedAttributes::learnExtended(std::string_view name, std::optional<Data> value) {
+    const std::size_t index = indexOf(name);
+    if (!answers_->asked.at(index)) {
+        answers_->asked.at(index) = true;
+        answers_->values.at(index) = std::move(value);
+    }
+}
+
+const Data* internal::CachedAttributes::extended(std::string_view path, std::string_view name) {
+    const std::size_t index = indexOf(name);
     if (!answers_->asked.at(index)) {
         answers_->asked.at(index) = true;
         answers_->values.at(index) = ownExtendedAttribute(file, path, name);

@@ -30,12 +30,17 @@ class CachedAttributes {
 
     /// Null where the file has none. The path is that of the file.
     [[nodiscard]] const Data* extended(std::string_view path, std::string_view name);
+    /// What the file has of the name was asked in another way; it counts unless it is known.
+    void learnExtended(std::string_view name, std::optional<Data> value);
 
   private:
     struct Answers {
         std::array<bool, 4> asked{};
         std::array<std::optional<Data>, 4> values;
     };
+    /// Where the answer to a name stands; it is made when there is none yet.
+    std::size_t indexOf(std::string_view name);
+
     std::unique_ptr<Answers> answers_;
 };
 

@@ -73,14 +73,15 @@ std::optional<Status> SmallCopy::run() {
 }
 
 std::optional<Status> SmallCopy::copyAtOnce() {
-    if (!findPaths() || !openSource() || !hasRoom()) {
+    if (!findPaths() || !openSource()) {
         return std::nullopt;
     }
     NewFile file(temporaryPath_);
-    if (!file.isThere() || copy_.isCancelled.load(std::memory_order_relaxed) ||
+    if (!file.isThere() || !hasRoom(file) || copy_.isCancelled.load(std::memory_order_relaxed) ||
         !copyContent(file)) {
         return std::nullopt;
     }
+    learnCreationDate();
     if (const std::optional<Status> ended = report(file)) {
         return ended;
     }
@@ -100,29 +101,30 @@ std::optional<Status> SmallCopy::copyAtOnce() {
 
 /// Only a name that is free: what stands in the way is replaced step by step.
 bool SmallCopy::findPaths() {
+    std::string folder;
     isIntoFolder_ = destination_.exists();
     if (isIntoFolder_) {
         if (copy_.ensureUniqueName || !destination_.isFolder() || destination_.isAlias() ||
             destination_._itsPath.empty()) {
             return false;
         }
-        folder_ = destination_._itsPath;
-        path_ = stringByAppendingPathComponent(folder_, source_.name());
+        folder = destination_._itsPath;
+        path_ = stringByAppendingPathComponent(folder, source_.name());
         if (FileSystem::current().attributes(path_).error() != SystemError(ENOENT)) {
             return false;
         }
     } else {
         path_ = destination_._itsPath;
-        folder_ = stringByDeletingLastPathComponent(path_);
-        const auto found = FileSystem::current().attributes(folder_);
+        folder = stringByDeletingLastPathComponent(path_);
+        const auto found = FileSystem::current().attributes(folder);
         if (!found.ok() || found.value().kind != FileKind::Folder) {
             return false; // behind an alias the room is that of the volume where the alias lies
         }
     }
-    if (!folder_.starts_with('/') || path_ == folder_) {
+    if (!folder.starts_with('/') || path_ == folder) {
         return false;
     }
-    temporaryPath_ = stringByAppendingPathComponent(folder_, copyFileName);
+    temporaryPath_ = stringByAppendingPathComponent(folder, copyFileName);
     return path_ != temporaryPath_ && !path_.ends_with('/');
 }
 
@@ -148,8 +150,9 @@ bool SmallCopy::openSource() {
     return true;
 }
 
-bool SmallCopy::hasRoom() {
-    const Result<std::uint64_t> free = Volumes::current().freeBytes(folder_);
+/// Of the new file, which has no content yet, it costs less to ask than by the path of its folder.
+bool SmallCopy::hasRoom(NewFile& file) {
+    const Result<std::uint64_t> free = Volumes::current().freeBytesOfFile(*file, temporaryPath_);
     return free.ok() && free.value() >= size_;
 }
 
@@ -163,9 +166,24 @@ bool SmallCopy::copyContent(NewFile& file) {
     return got.ok() && got.value() == size_ && (*file).write(bytes).isNone();
 }
 
+bool SmallCopy::isReported() const {
+    return size_ != 0 && copy_.delegate != nullptr && copy_.delegate->copyingFile;
+}
+
+/// Of the open file rather than by its path. The steps ask behind the last report, in which a
+/// delegate may move the file or date it.
+void SmallCopy::learnCreationDate() {
+    if (!isReported()) {
+        Result<Data> date = reading_->extendedAttribute(creationDateAttribute);
+        source_._attrs->learnExtended(creationDateAttribute,
+                                      date.ok() ? std::optional(std::move(date).value())
+                                                : std::nullopt);
+    }
+}
+
 /// How the copy ended when the delegate raised; otherwise it goes on.
 std::optional<Status> SmallCopy::report(NewFile& file) {
-    if (size_ == 0 || copy_.delegate == nullptr || !copy_.delegate->copyingFile) {
+    if (!isReported()) {
         return std::nullopt;
     }
     shown_ = TavMacFileInfo::fileInfoWithPath(temporaryPath_);

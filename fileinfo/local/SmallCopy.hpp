@@ -34,8 +34,10 @@ class SmallCopy {
     std::optional<Status> copyAtOnce();
     bool findPaths();
     bool openSource();
-    bool hasRoom();
+    bool hasRoom(NewFile& file);
     bool copyContent(NewFile& file);
+    [[nodiscard]] bool isReported() const;
+    void learnCreationDate();
     SystemError setDates(NewFile& file);
     std::optional<Status> report(NewFile& file);
     std::shared_ptr<TavMacFileInfo> newItem(bool isInPlace);
@@ -44,7 +46,6 @@ class SmallCopy {
     TavMacFileInfo& source_;
     TavMacFileInfo& destination_;
     bool isIntoFolder_ = false; ///< Otherwise the destination is the new file's item.
-    std::string folder_;
     std::string path_;          ///< Of the new file in the end.
     std::string temporaryPath_; ///< Until then.
     std::unique_ptr<OpenFile> reading_;

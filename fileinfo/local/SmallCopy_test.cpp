@@ -3,7 +3,7 @@
 
 #include "base/Exception.hpp"
 #include "fileinfo/ItemAllocation.hpp"
-#include "fileinfo/local/MacFileInfoFixture_test.hpp"
+#include "fileinfo/local/CopyWorld_test.hpp"
 
 #include <cerrno>
 #include <functional>
@@ -27,84 +27,22 @@ class SteppedFileInfo : public TavMacFileInfo {
     SteppedFileInfo() = default;
 };
 
-/// Files of one copy, and what is told of it.
-struct World {
-    World() {
-        addVolume("/", 1'000'000);
-        memory.addFolder("/s");
-        memory.addFolder("/d");
-        memory.addFile("/s/a", "content");
-        const auto file = TavMacFileInfo::fileInfoWithPath("/s/a");
-        file->setCreationDate(Date(1000.5));
-        file->setModificationDate(Date(2000.25));
-    }
-    void addVolume(std::string_view root, std::uint64_t free) {
-        VolumeInfo info;
-        info.rootPath = root;
-        info.totalBytes = 2'000'000;
-        info.freeBytes = free;
-        volumes.add(info);
-    }
-    [[nodiscard]] std::string text(std::string_view path) {
-        const auto content = memory.readFile(path, 1U << 30U);
-        return content.ok() ? std::string(textOf(content.value())) : "(none)";
-    }
-    /// All that is in a folder, with the dates of files.
-    void list(const std::string& folder) {
-        const auto entries = memory.folderEntries(folder);
-        for (const FolderEntry& entry :
-             entries.ok() ? entries.value() : std::vector<FolderEntry>()) {
-            const std::string path = (folder == "/" ? "" : folder) + '/' + entry.name;
-            std::string line = path + ": " + text(path).substr(0, 20);
-            const auto found = memory.attributes(path);
-            line += " size " + std::to_string(found.value().size);
-            line += " permissions " + std::to_string(found.value().permissions);
-            const double date = found.value().modificationDate.secondsSinceReferenceDate();
-            line += date == 2000.25 ? " dated" : "";
-            if (const auto names = memory.extendedAttributeNames(path); names.ok()) {
-                for (const std::string& name : names.value()) {
-                    const auto value = memory.extendedAttribute(path, name);
-                    line += ' ' + name + '=';
-                    line += value.ok() ? textOf(value.value()) : "(none)";
-                }
-            }
-            told.push_back(line);
-            if (found.value().kind == FileKind::Folder) {
-                list(path);
-            }
-        }
-    }
-
-    MemoryFileSystem memory;
-    FaultyFileSystem files{memory};
-    MemoryVolumes volumes{memory};
-    MemoryUserFolders folders;
-    FileSystem::Replacement replacedFiles{files};
-    Volumes::Replacement replacedVolumes{volumes};
-    UserFolders::Replacement replacedFolders{folders};
-    SeenLog log;
-    Lines told;
-    std::shared_ptr<TavMacFileInfo> source;
-    std::shared_ptr<TavMacFileInfo> destination;
-};
-
 struct Copy {
     std::string to = "/d/b";
-    std::function<void(World&)> prepare = [](World&) {};
+    std::function<void(CopyWorld&)> prepare = [](CopyWorld&) {};
     /// What the delegate does and answers.
-    std::function<bool(World&, TavBaseFileInfo& copy)> answer = [](World&, TavBaseFileInfo&) {
-        return false;
-    };
+    std::function<bool(CopyWorld&, TavBaseFileInfo& copy)> answer =
+        [](CopyWorld&, TavBaseFileInfo&) { return false; };
     std::string from = "/s/a";
     bool isUnique = false;
     bool hasDelegate = true;
     /// What happens to the items before they are copied.
-    std::function<void(World&)> meanwhile = [](World&) {};
+    std::function<void(CopyWorld&)> meanwhile = [](CopyWorld&) {};
     std::string failingOperation;
 };
 
 Lines toldOf(const Copy& copy, bool isStepped) {
-    World world;
+    CopyWorld world;
     copy.prepare(world);
     const auto item = [&](std::string_view path) {
         return isStepped ? SteppedFileInfo::withPath(path) : TavMacFileInfo::fileInfoWithPath(path);
@@ -153,7 +91,7 @@ Lines toldOf(const Copy& copy, bool isStepped) {
     for (const std::string& line : world.log.lines()) {
         world.told.push_back("log " + line);
     }
-    world.list("/");
+    world.list(world.memory, "/");
     return world.told;
 }
 
@@ -164,7 +102,7 @@ void expectSame(const std::string& what, const Copy& copy) {
 /// Otherwise all that follows compares the steps with themselves.
 TEST(SmallCopy, TakesFewerCalls) {
     const auto callsOf = [](bool isStepped, std::string_view to) {
-        World world;
+        CopyWorld world;
         const auto from = isStepped ? SteppedFileInfo::withPath("/s/a")
                                     : TavMacFileInfo::fileInfoWithPath("/s/a");
         const auto destination = TavMacFileInfo::fileInfoWithPath(to);
@@ -189,17 +127,18 @@ TEST(SmallCopy, CannotBeToldFromTheSteps) {
     expectSame("unique", with([](Copy& c) { c.to = "/d", c.isUnique = true; }));
     expectSame("taken", with([](Copy& c) {
                    c.to = "/d";
-                   c.prepare = [](World& w) { w.memory.addFile("/d/a", "old"); };
+                   c.prepare = [](CopyWorld& w) { w.memory.addFile("/d/a", "old"); };
                }));
     expectSame("leftover", with([](Copy& c) {
-                   c.prepare = [](World& w) {
+                   c.prepare = [](CopyWorld& w) {
                        w.memory.addFile("/d/QuillboxCopyFile.tmp", "half");
                    };
                }));
-    expectSame("empty",
-               with([](Copy& c) { c.prepare = [](World& w) { w.memory.addFile("/s/a", ""); }; }));
+    expectSame("empty", with([](Copy& c) {
+                   c.prepare = [](CopyWorld& w) { w.memory.addFile("/s/a", ""); };
+               }));
     expectSame("yes",
-               with([](Copy& c) { c.answer = [](World&, TavBaseFileInfo&) { return true; }; }));
+               with([](Copy& c) { c.answer = [](CopyWorld&, TavBaseFileInfo&) { return true; }; }));
     for (const char* to : {"/d",
                            "/d/b",
                            "/d/",
@@ -226,7 +165,7 @@ TEST(SmallCopy, CannotBeToldFromTheSteps) {
             expectSame(std::string("to ") + to, with([&](Copy& c) {
                            c.to = to;
                            c.hasDelegate = hasDelegate;
-                           c.prepare = [](World& w) {
+                           c.prepare = [](CopyWorld& w) {
                                w.memory.addLink("/link", "/d");
                                w.memory.addLink("/broken", "/nowhere");
                            };
@@ -239,7 +178,7 @@ TEST(SmallCopy, CannotBeToldFromTheSteps) {
             expectSame(std::string("from ") + from + " to " + to, with([&](Copy& c) {
                            c.from = from;
                            c.to = to;
-                           c.prepare = [](World& w) {
+                           c.prepare = [](CopyWorld& w) {
                                w.memory.addLink("/link", "/s/a");
                                w.memory.addLink("/broken", "/nowhere");
                                w.memory.addFile("/s/QuillboxCopyFile.tmp", "mine");
@@ -256,7 +195,7 @@ TEST(SmallCopy, CannotBeToldFromTheStepsByTheRoom) {
                                    "/stick/back/b", "/stick/back"}) {
                 Copy copy;
                 copy.to = to;
-                copy.prepare = [&](World& w) {
+                copy.prepare = [&](CopyWorld& w) {
                     w.memory.addVolume("/stick");
                     w.memory.addFolder("/stick/in");
                     w.memory.addLink("/d/link", "/stick/in");
@@ -273,72 +212,73 @@ TEST(SmallCopy, CannotBeToldFromTheStepsByTheRoom) {
 }
 
 TEST(SmallCopy, CannotBeToldFromTheStepsByItsDelegate) {
-    using Answer = std::function<bool(World&, TavBaseFileInfo&)>;
+    using Answer = std::function<bool(CopyWorld&, TavBaseFileInfo&)>;
     const std::vector<std::pair<std::string, Answer>> answers = {
-        {"raises", [](World&, TavBaseFileInfo&) -> bool { throw Exception("mine", "enough"); }},
-        {"raises another", [](World&, TavBaseFileInfo&) -> bool { throw std::runtime_error("x"); }},
+        {"raises", [](CopyWorld&, TavBaseFileInfo&) -> bool { throw Exception("mine", "enough"); }},
+        {"raises another",
+         [](CopyWorld&, TavBaseFileInfo&) -> bool { throw std::runtime_error("x"); }},
         {"takes the copy away",
-         [](World& w, TavBaseFileInfo&) {
+         [](CopyWorld& w, TavBaseFileInfo&) {
              w.memory.removeAll("/d/QuillboxCopyFile.tmp");
              return false;
          }},
-        {"removes the copy", [](World&, TavBaseFileInfo& copy) { return !copy.remove(); }},
+        {"removes the copy", [](CopyWorld&, TavBaseFileInfo& copy) { return !copy.remove(); }},
         {"gives the copy another name",
-         [](World&, TavBaseFileInfo& copy) {
+         [](CopyWorld&, TavBaseFileInfo& copy) {
              copy.setName("mine");
              return false;
          }},
         {"gives the copy another name and raises",
-         [](World&, TavBaseFileInfo& copy) -> bool {
+         [](CopyWorld&, TavBaseFileInfo& copy) -> bool {
              copy.setName("mine");
              throw Exception("mine", "enough");
          }},
         {"gives the copy another name and raises another",
-         [](World&, TavBaseFileInfo& copy) -> bool {
+         [](CopyWorld&, TavBaseFileInfo& copy) -> bool {
              copy.setName("mine");
              throw std::runtime_error("x");
          }},
         {"takes the name",
-         [](World& w, TavBaseFileInfo&) {
+         [](CopyWorld& w, TavBaseFileInfo&) {
              w.memory.addFile("/d/b", "theirs");
              w.memory.addFile("/d/a", "theirs");
              return false;
          }},
         {"takes the name and raises",
-         [](World& w, TavBaseFileInfo&) -> bool {
+         [](CopyWorld& w, TavBaseFileInfo&) -> bool {
              w.memory.addFile("/d/b", "theirs");
              w.memory.addFile("/d/a", "theirs");
              throw Exception("mine", "enough");
          }},
         {"takes the source away",
-         [](World& w, TavBaseFileInfo&) {
+         [](CopyWorld& w, TavBaseFileInfo&) {
              w.memory.removeAll("/s/a");
              return false;
          }},
         {"dates the source",
-         [](World& w, TavBaseFileInfo&) {
+         [](CopyWorld& w, TavBaseFileInfo&) {
              w.source->setModificationDate(Date(3000));
              return false;
          }},
         {"refreshes all",
-         [](World& w, TavBaseFileInfo& copy) {
+         [](CopyWorld& w, TavBaseFileInfo& copy) {
              w.source->refresh();
              w.destination->refresh();
              copy.refresh();
              return false;
          }},
         {"lets go of the destination",
-         [](World& w, TavBaseFileInfo&) {
+         [](CopyWorld& w, TavBaseFileInfo&) {
              w.destination.reset();
              return false;
          }},
         {"copies as well",
-         [](World& w, TavBaseFileInfo&) {
+         [](CopyWorld& w, TavBaseFileInfo&) {
              static_cast<void>(w.source->copyTo(TavMacFileInfo::fileInfoWithPath("/d/c").get()));
              return false;
          }},
         {"makes the volume read-only",
-         [](World& w, TavBaseFileInfo&) {
+         [](CopyWorld& w, TavBaseFileInfo&) {
              w.memory.isReadOnly = true;
              return false;
          }},
@@ -365,19 +305,19 @@ TEST(SmallCopy, CannotBeToldFromTheStepsWhenSomethingFails) {
     }
     for (const std::uint64_t capacity : {0U, 7U, 10U, 13U, 14U, 20U}) {
         Copy copy;
-        copy.prepare = [&](World& w) { w.memory.capacity = capacity; };
+        copy.prepare = [&](CopyWorld& w) { w.memory.capacity = capacity; };
         expectSame("capacity " + std::to_string(capacity), copy);
     }
     Copy readOnly;
-    readOnly.prepare = [](World& w) { w.memory.isReadOnly = true; };
+    readOnly.prepare = [](CopyWorld& w) { w.memory.isReadOnly = true; };
     expectSame("read-only", readOnly);
     Copy plain;
-    plain.prepare = [](World& w) { w.memory.keepsExtendedAttributes = false; };
+    plain.prepare = [](CopyWorld& w) { w.memory.keepsExtendedAttributes = false; };
     expectSame("no attributes", plain);
     Copy forbidden;
     forbidden.to = "/d";
     forbidden.from = "/s/a:b";
-    forbidden.prepare = [](World& w) {
+    forbidden.prepare = [](CopyWorld& w) {
         w.memory.addFile("/s/a:b", "x");
         w.memory.forbiddenCharacters = ":";
     };
@@ -385,54 +325,73 @@ TEST(SmallCopy, CannotBeToldFromTheStepsWhenSomethingFails) {
 }
 
 TEST(SmallCopy, CannotBeToldFromTheStepsByWhatTheItemKnew) {
-    using Change = std::function<void(World&)>;
+    using Change = std::function<void(CopyWorld&)>;
     const std::vector<std::pair<std::string, Change>> changes = {
-        {"grown", [](World& w) { w.memory.addFile("/s/a", "content and more"); }},
+        {"grown", [](CopyWorld& w) { w.memory.addFile("/s/a", "content and more"); }},
         {"grown behind the item's back",
-         [](World& w) {
+         [](CopyWorld& w) {
              EXPECT_EQ(w.source->size(), 7U);
              w.memory.addFile("/s/a", "content and more");
          }},
         {"shrunk behind the item's back",
-         [](World& w) {
+         [](CopyWorld& w) {
              EXPECT_EQ(w.source->size(), 7U);
              w.memory.addFile("/s/a", "c");
          }},
         {"replaced",
-         [](World& w) {
+         [](CopyWorld& w) {
              EXPECT_EQ(w.source->size(), 7U);
              w.memory.removeAll("/s/a");
              w.memory.addFile("/s/a", "another");
          }},
-        {"gone", [](World& w) { w.memory.removeAll("/s/a"); }},
+        {"gone", [](CopyWorld& w) { w.memory.removeAll("/s/a"); }},
         {"moved",
-         [](World& w) { EXPECT_TRUE(w.memory.move("/s/a", "/s/z", Replace::No).isNone()); }},
+         [](CopyWorld& w) { EXPECT_TRUE(w.memory.move("/s/a", "/s/z", Replace::No).isNone()); }},
         {"its folder moved",
-         [](World& w) { EXPECT_TRUE(w.memory.move("/s", "/t", Replace::No).isNone()); }},
+         [](CopyWorld& w) { EXPECT_TRUE(w.memory.move("/s", "/t", Replace::No).isNone()); }},
         {"the destination's folder moved",
-         [](World& w) {
+         [](CopyWorld& w) {
              EXPECT_TRUE(w.destination->isFolder() || !w.destination->exists());
              EXPECT_TRUE(w.memory.move("/d", "/e", Replace::No).isNone());
          }},
         {"the destination's folder gone",
-         [](World& w) {
+         [](CopyWorld& w) {
              EXPECT_TRUE(w.destination->isFolder() || !w.destination->exists());
              w.memory.removeAll("/d");
          }},
         {"a file where the folder was",
-         [](World& w) {
+         [](CopyWorld& w) {
              EXPECT_TRUE(w.destination->isFolder() || !w.destination->exists());
              w.memory.removeAll("/d");
              w.memory.addFile("/d", "file");
          }},
         {"a link where the folder was",
-         [](World& w) {
+         [](CopyWorld& w) {
              EXPECT_TRUE(w.destination->isFolder() || !w.destination->exists());
              w.memory.removeAll("/d");
              w.memory.addFolder("/e");
              w.memory.addLink("/d", "/e");
          }},
-        {"cancelled before", [](World& w) { w.source->cancelCopy(); }},
+        {"given another date of creation behind the item's back",
+         [](CopyWorld& w) {
+             EXPECT_EQ(w.source->creationDate(), Date(1000.5));
+             EXPECT_TRUE(
+                 w.memory.setExtendedAttribute("/s/a", "user.tav.creation-date", bytesOf("7"))
+                     .isNone());
+         }},
+        {"given another date of creation, attributes known",
+         [](CopyWorld& w) {
+             EXPECT_EQ(w.source->size(), 7U);
+             EXPECT_TRUE(
+                 w.memory.setExtendedAttribute("/s/a", "user.tav.creation-date", bytesOf("7"))
+                     .isNone());
+         }},
+        {"without a date of creation that is kept",
+         [](CopyWorld& w) {
+             EXPECT_TRUE(
+                 w.memory.removeExtendedAttribute("/s/a", "user.tav.creation-date").isNone());
+         }},
+        {"cancelled before", [](CopyWorld& w) { w.source->cancelCopy(); }},
     };
     for (const auto& [what, change] : changes) {
         for (const char* to : {"/d", "/d/b"}) {

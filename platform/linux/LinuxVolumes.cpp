@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxVolumes.hpp"
 
+#include "platform/OpenFile.hpp"
 #include "platform/linux/FileCalls.hpp"
 #include "platform/linux/KernelPath.hpp"
 
@@ -154,6 +155,16 @@ Result<std::uint64_t> LinuxVolumes::freeBytes(std::string_view path) {
     }
     struct ::statvfs space {};
     const SystemError error = errorOf([&] { return ::statvfs(kernelPath.text(), &space); });
+    return error.isNone() ? Result(bytesOf(space.f_bavail, space.f_frsize)) : error;
+}
+
+Result<std::uint64_t> LinuxVolumes::freeBytesOfFile(const OpenFile& file, std::string_view path) {
+    const int number = file.descriptor();
+    if (number < 0) {
+        return freeBytes(path);
+    }
+    struct ::statvfs space {};
+    const SystemError error = errorOf([&] { return ::fstatvfs(number, &space); });
     return error.isNone() ? Result(bytesOf(space.f_bavail, space.f_frsize)) : error;
 }
 

@@ -20,6 +20,7 @@ class LinuxVolumes final : public Volumes {
 
     Result<VolumeInfo> volumeOfPath(std::string_view path) override;
     Result<std::uint64_t> freeBytes(std::string_view path) override;
+    Result<std::uint64_t> freeBytesOfFile(const OpenFile& file, std::string_view path) override;
     bool isVolumeRoot(std::string_view path) override;
 
     /// How often the table was read.

@@ -58,6 +58,12 @@ TEST_F(LinuxVolumesTest, TellsTheVolumeOfAPath) {
     ASSERT_TRUE(free.ok());
     EXPECT_LE(free.value(), volume.totalBytes);
     EXPECT_GT(free.value(), volume.freeBytes / 2); // others write meanwhile
+    ASSERT_TRUE(files().writeFile(folder.path("f"), {}, 0600).isNone());
+    const auto file = files().open(folder.path("f"), {});
+    ASSERT_TRUE(file.ok());
+    const auto freeThere = volumes.freeBytesOfFile(*file.value(), "/proc"); // the file counts
+    ASSERT_TRUE(freeThere.ok());
+    EXPECT_GT(freeThere.value(), volume.freeBytes / 2);
     struct ::stat status {};
     ASSERT_EQ(::stat(folder.path().c_str(), &status), 0);
     const std::string device =
