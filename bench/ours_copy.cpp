@@ -1,8 +1,11 @@
 // ours_copy one FILE DESTINATION [OPTION]...: copies a file in pieces, telling a delegate each.
-// ours_copy many FOLDER DESTINATION [OPTION]...: makes a folder and copies the files of another one
-// into it, one by one. Options are the fields of CopyOptions; without any it is the plain copy.
+// ours_copy each FOLDER DESTINATION [OPTION]...: makes a folder and copies the files of another one
+// into it, each by itself.
+// ours_copy many FOLDER DESTINATION: the same by copyFiles.
+// Options are the fields of CopyOptions; without any it is the plain copy.
 
 #include "bench/Measure.hpp"
+#include "fileinfo/CopyFiles.hpp"
 #include "fileinfo/CopyOptions.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
 
@@ -74,6 +77,26 @@ class Copies {
             order_.isPlain
                 ? file.copyTo(&destination, false, &delegate_, nullptr, &made)
                 : file.copyTo(&destination, false, &delegate_, nullptr, &made, order_.options);
+        return note(file, status, made);
+    }
+
+    bool copyAll(const FileInfoArray& files, TavBaseFileInfo& folder) {
+        bool isDone = true;
+        copyFiles(files, folder, false, &delegate_, nullptr,
+                  [&](TavBaseFileInfo& file, Status status, const FileInfoPtr& made) {
+                      isDone = note(file, status, made);
+                      file.refresh(); // forgets what it has learned
+                      return isDone;
+                  });
+        return isDone;
+    }
+
+    [[nodiscard]] double reports() const { return double(reports_); }
+    [[nodiscard]] double bytes() const { return double(bytes_); }
+    [[nodiscard]] double files() const { return double(files_); }
+
+  private:
+    bool note(TavBaseFileInfo& file, Status status, const FileInfoPtr& made) {
         if (status != Status::Success || made == nullptr) {
             std::fprintf(stderr, "status %d\n", static_cast<int>(status));
             return false;
@@ -83,11 +106,6 @@ class Copies {
         return true;
     }
 
-    [[nodiscard]] double reports() const { return double(reports_); }
-    [[nodiscard]] double bytes() const { return double(bytes_); }
-    [[nodiscard]] double files() const { return double(files_); }
-
-  private:
     Order order_;
     ProgressDelegate delegate_;
     std::uint64_t reports_ = 0;
@@ -101,6 +119,12 @@ bool copyOne(Copies& copies, std::string_view source, std::string_view destinati
 }
 
 bool copyMany(Copies& copies, std::string_view source, std::string_view destination) {
+    const FileInfoPtr folder = TavMacFileInfo::fileInfoCreateFolderWithFullPath(destination);
+    return folder != nullptr &&
+           copies.copyAll(TavMacFileInfo::fileInfoWithPath(source)->folderContents(), *folder);
+}
+
+bool copyEach(Copies& copies, std::string_view source, std::string_view destination) {
     const FileInfoPtr folder = TavMacFileInfo::fileInfoCreateFolderWithFullPath(destination);
     if (folder == nullptr) {
         return false;
@@ -120,19 +144,19 @@ bool copyMany(Copies& copies, std::string_view source, std::string_view destinat
 int main(int count, char** arguments) {
     const std::string_view mode = count >= 4 ? arguments[1] : "";
     Order order;
-    bool isUnderstood = mode == "one" || mode == "many";
+    bool isUnderstood = mode == "one" || mode == "each" || (mode == "many" && count == 4);
     for (int i = 4; i < count; ++i) {
         isUnderstood = take(order, arguments[i]) && isUnderstood;
     }
     if (!isUnderstood) {
-        std::fprintf(stderr, "one|many SOURCE DESTINATION [OPTION]...\n");
+        std::fprintf(stderr, "one|each|many SOURCE DESTINATION [OPTION]...\n");
         return 2;
     }
     Copies copies(order);
     const double before = peakMegabytes();
     bool isDone = false;
     const double seconds = bench::secondsOf([&] {
-        const auto work = mode == "one" ? copyOne : copyMany;
+        const auto work = mode == "one" ? copyOne : mode == "each" ? copyEach : copyMany;
         isDone = work(copies, arguments[2], arguments[3]);
     });
     if (!isDone) {

@@ -6,9 +6,11 @@
 #include "fileinfo/ProgressDelegate.hpp"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -38,6 +40,18 @@ struct PlainCopy {
     void* userData;
     std::atomic<bool>& isCancelled;            ///< Set from any thread.
     std::shared_ptr<TavBaseFileInfo>* newItem; ///< Null when nobody wants it.
+};
+
+/// What a back-end does while many files are copied into one of its folders.
+class CopySeries {
+  public:
+    CopySeries() = default;
+    CopySeries(const CopySeries&) = delete;
+    CopySeries& operator=(const CopySeries&) = delete;
+    virtual ~CopySeries() = default;
+
+    /// The copy that comes is that of the file of this number.
+    virtual void comeTo(std::size_t index) = 0;
 };
 
 /// What a back-end can do for the copies with options, beyond the plain operations of its items. It
@@ -81,6 +95,14 @@ class CopySupport {
     /// then nothing has changed, and the steps are to be taken. What the delegate raises goes on to
     /// the caller unless it is an `Exception`, as with the steps.
     virtual std::optional<Status> copyAtOnce(const PlainCopy& /*copy*/) { return std::nullopt; }
+
+    /// Begins the copies of many files into one folder, in their order; the answer lasts as long as
+    /// they do. Null where it would make no difference.
+    virtual std::unique_ptr<CopySeries>
+    beginSeries(std::span<const std::shared_ptr<TavBaseFileInfo>> /*files*/,
+                TavBaseFileInfo& /*folder*/) {
+        return nullptr;
+    }
 };
 
 } // namespace tav

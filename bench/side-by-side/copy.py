@@ -4,6 +4,7 @@ from harness import *
 
 MEGABYTES = int(os.environ.get("BENCH_COPY_MB", "512"))
 FILES = int(os.environ.get("BENCH_COPY_FILES", "20000"))
+PARTS = os.environ.get("BENCH_COPY_PARTS", "large,memory,disk").split(",")
 MEMORY = os.environ.get("BENCH_SHM", "/dev/shm")
 
 plain = build("copy_plain")
@@ -80,6 +81,7 @@ def small(name, root):
     job.add("plain_filesystem", [plain, "filesystem-many", source, destination], measures_itself=True)
     job.add("gio", [gio, "many", source, destination], measures_itself=True)
     job.ours("COPY_MANY", source=source, destination=destination)
+    job.ours("COPY_EACH", peer="ours_each", source=source, destination=destination)
     job.ours("COPY_MANY_SAFE", peer="ours_safe", source=source, destination=destination)
     job.run()
 
@@ -88,14 +90,17 @@ def small(name, root):
     job.add("cp_a", [cp, "-a", source, destination])
     job.add("rsync_a_whole", [rsync, "-aW", source + "/", destination])
     job.ours("COPY_MANY", measures_itself=False, source=source, destination=destination)
+    job.ours("COPY_EACH", peer="ours_each", measures_itself=False, source=source, destination=destination)
     job.run()
     for place in (source, *places):
         shutil.rmtree(place)
     os.unlink(link)
 
 
-large()
-if os.path.isdir(MEMORY):
+if "large" in PARTS:
+    large()
+if "memory" in PARTS and os.path.isdir(MEMORY):
     with tempfile.TemporaryDirectory(prefix="tav-bench.", dir=MEMORY) as folder:
         small("in_memory", folder)
-small("on_disk", TMP)
+if "disk" in PARTS:
+    small("on_disk", TMP)

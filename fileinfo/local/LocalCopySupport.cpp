@@ -1,5 +1,6 @@
 #include "fileinfo/local/LocalCopySupport.hpp"
 
+#include "fileinfo/local/LocalCopySeries.hpp"
 #include "fileinfo/local/LocalOpenFile.hpp"
 #include "fileinfo/local/SmallCopy.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
@@ -199,6 +200,13 @@ std::optional<Status> LocalCopySupport::copyAtOnce(const PlainCopy& copy) {
     return SmallCopy(copy, static_cast<TavMacFileInfo&>(copy.source),
                      static_cast<TavMacFileInfo&>(copy.destination))
         .run();
+}
+
+std::unique_ptr<CopySeries> LocalCopySupport::beginSeries(std::span<const FileInfoPtr> files,
+                                                          TavBaseFileInfo& folder) {
+    return isPlainLocalItem(folder)
+               ? std::make_unique<LocalCopySeries>(files, static_cast<TavMacFileInfo&>(folder))
+               : nullptr;
 }
 
 } // namespace tav::internal

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fileinfo/CopySupport.hpp"
+#include "fileinfo/TavBaseFileInfo.hpp"
 
 namespace tav::internal {
 
@@ -24,6 +25,8 @@ class LocalCopySupport final : public CopySupport {
     Status setLength(OpenFileToken& writing, std::uint64_t length) override;
     /// Small files.
     std::optional<Status> copyAtOnce(const PlainCopy& copy) override;
+    std::unique_ptr<CopySeries> beginSeries(std::span<const FileInfoPtr> files,
+                                            TavBaseFileInfo& folder) override;
 };
 
 /// Whether the item is what `TavMacFileInfo` makes, and of no class over it that may do some of the

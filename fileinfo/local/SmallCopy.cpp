@@ -6,6 +6,7 @@
 #include "fileinfo/CopyStatus.hpp"
 #include "fileinfo/ItemCopy.hpp"
 #include "fileinfo/local/CachedAttributes.hpp"
+#include "fileinfo/local/LocalCopySeries.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
 #include "platform/Volumes.hpp"
 
@@ -14,13 +15,6 @@
 #include <span>
 
 namespace tav::internal {
-
-namespace {
-
-/// Larger files gain nothing by sparing some calls.
-constexpr std::size_t largestSmallFile = std::size_t{64} << 10U;
-
-} // namespace
 
 /// The file under its temporary name, which goes away unless it is put in place.
 class SmallCopy::NewFile {
@@ -133,8 +127,7 @@ bool SmallCopy::openSource() {
     if (source_.isAlias()) {
         return false;
     }
-    auto file = FileSystem::current().open(source_._itsPath, OpenOptions());
-    const auto found = file.ok() ? file.value()->attributes() : file.error();
+    const Result<FileAttributes> found = lookAtSource();
     if (!found.ok() || found.value().size > largestSmallFile ||
         !isSameFile(source_._itsFileRef, found.value())) {
         return false;
@@ -145,9 +138,22 @@ bool SmallCopy::openSource() {
                source_._attrs->file.modificationDate != found.value().modificationDate) {
         return false; // the item goes by what it learned once
     }
-    reading_ = std::move(file).value();
     size_ = static_cast<std::size_t>(found.value().size);
     return true;
+}
+
+Result<FileAttributes> SmallCopy::lookAtSource() {
+    const LocalCopySeries* const series = destination_._copySeries;
+    ahead_ = series != nullptr ? series->readAhead(source_) : nullptr;
+    if (ahead_ != nullptr) {
+        return ahead_->attributes;
+    }
+    auto file = FileSystem::current().open(source_._itsPath, OpenOptions());
+    if (!file.ok()) {
+        return file.error();
+    }
+    reading_ = std::move(file).value();
+    return reading_->attributes();
 }
 
 /// Of the new file, which has no content yet, it costs less to ask than by the path of its folder.
@@ -159,6 +165,9 @@ bool SmallCopy::hasRoom(NewFile& file) {
 bool SmallCopy::copyContent(NewFile& file) {
     if (size_ == 0) {
         return true;
+    }
+    if (ahead_ != nullptr) {
+        return (*file).write(ahead_->content).isNone();
     }
     std::array<std::byte, largestSmallFile> buffer; // NOLINT(*-member-init): it is read into
     const std::span<std::byte> bytes(buffer.data(), size_);
@@ -173,7 +182,9 @@ bool SmallCopy::isReported() const {
 /// Of the open file rather than by its path. The steps ask behind the last report, in which a
 /// delegate may move the file or date it.
 void SmallCopy::learnCreationDate() {
-    if (!isReported()) {
+    if (ahead_ != nullptr) {
+        source_._attrs->learnExtended(creationDateAttribute, ahead_->creationDate);
+    } else if (!isReported()) {
         Result<Data> date = reading_->extendedAttribute(creationDateAttribute);
         source_._attrs->learnExtended(creationDateAttribute,
                                       date.ok() ? std::optional(std::move(date).value())

@@ -14,6 +14,8 @@ class TavMacFileInfo;
 
 namespace tav::internal {
 
+struct ReadFile;
+
 /// The plain copy of a small file between two local items where nothing is in the way: a third of
 /// the host's calls that its steps take one by one. The folder is not asked to hold the name by an
 /// empty file first, the dates are set while the new file is open, and each question is asked once.
@@ -34,6 +36,7 @@ class SmallCopy {
     std::optional<Status> copyAtOnce();
     bool findPaths();
     bool openSource();
+    Result<FileAttributes> lookAtSource();
     bool hasRoom(NewFile& file);
     bool copyContent(NewFile& file);
     [[nodiscard]] bool isReported() const;
@@ -45,10 +48,11 @@ class SmallCopy {
     const PlainCopy& copy_;
     TavMacFileInfo& source_;
     TavMacFileInfo& destination_;
-    bool isIntoFolder_ = false; ///< Otherwise the destination is the new file's item.
-    std::string path_;          ///< Of the new file in the end.
-    std::string temporaryPath_; ///< Until then.
-    std::unique_ptr<OpenFile> reading_;
+    bool isIntoFolder_ = false;             ///< Otherwise the destination is the new file's item.
+    std::string path_;                      ///< Of the new file in the end.
+    std::string temporaryPath_;             ///< Until then.
+    const ReadFile* ahead_ = nullptr;       ///< The source, where it was read ahead.
+    std::unique_ptr<OpenFile> reading_;     ///< The source otherwise.
     std::shared_ptr<TavMacFileInfo> shown_; ///< What the delegate was shown.
     std::size_t size_ = 0;
 };

@@ -25,6 +25,7 @@ class OpenFolder;
 namespace internal {
 class CachedAttributes;
 class FolderWalk;
+class LocalCopySeries;
 class SmallCopy;
 } // namespace internal
 
@@ -386,6 +387,7 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
 
   private:
     friend class internal::FolderWalk;
+    friend class internal::LocalCopySeries;
     friend class internal::SmallCopy;
 
     Result<FileAttributes> _ownAttributes();
@@ -409,6 +411,8 @@ class TavMacFileInfo : public TavPathBasedFileInfo {
     /// time, and once the item has another path. Questions go through it, which spares the way
     /// along the path, and the path stands meanwhile.
     OpenFolder* _listingFolder = nullptr;
+    /// While many files are copied into this folder; null at any other time.
+    internal::LocalCopySeries* _copySeries = nullptr;
     bool _folderAliasValid = false; ///< The next three are known.
     bool _isFolder = false;         ///< The item, or what an alias leads to.
     bool _isAlias = false;
