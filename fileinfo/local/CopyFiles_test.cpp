@@ -59,6 +59,7 @@ struct Series {
     std::size_t eventfulFile = 0;
     Event afterFile = [](SeriesWorld&) {};
     bool ends = false;
+    std::size_t failingCall = 0; ///< Of the local file system, counted from the first copy.
 };
 
 void copyEach(std::span<const FileInfoPtr> files, TavBaseFileInfo& folder, bool ensureUniqueName,
@@ -107,12 +108,16 @@ Lines toldOf(const Series& series, decltype(&copyFiles) copyAll, SeriesWorld& wo
         return !series.ends;
     };
     const FileInfoArray items = world.items;
+    world.files.restartCount();
+    world.files.failCall(series.failingCall, EIO);
     try {
         copyAll(items, *world.folder, series.isUnique, series.hasDelegate ? &delegate : nullptr,
                 &user, copied);
     } catch (const std::exception& exception) {
         told.push_back(std::string("raised ") + exception.what());
     }
+    told.push_back("calls " + std::to_string(world.files.callCount()));
+    world.files.failCall(0, 0);
     for (const std::string& line : world.log.lines()) {
         told.push_back("log " + line);
     }
@@ -297,6 +302,24 @@ TEST(CopyFiles, CannotBeToldFromSingleCopiesByWhatHappensBetweenThem) {
                            s.afterFile = happening.event;
                            s.hasDelegate = hasDelegate;
                        }));
+        }
+    }
+}
+
+TEST(CopyFiles, CannotBeToldFromSingleCopiesInWhichACallFails) {
+    const auto calls = [](const Series& series) {
+        SeriesWorld world;
+        static_cast<void>(toldOf(series, copyFiles, world));
+        return world.files.callCount();
+    };
+    for (const bool isUnique : {false, true}) {
+        const Series usual = with([&](Series& s) { s.isUnique = isUnique; });
+        const std::size_t all = calls(usual);
+        EXPECT_GT(all, 40U);
+        for (std::size_t call = 1; call <= all; ++call) {
+            Series failing = usual;
+            failing.failingCall = call;
+            expectSame("call " + std::to_string(call), failing);
         }
     }
 }

@@ -29,9 +29,7 @@ FilesAhead::~FilesAhead() {
 
 std::size_t FilesAhead::room() const {
     // What the taker passed by may still be in the reader's hands.
-    const std::size_t free =
-        std::min(reached_.load(std::memory_order_relaxed), done_.load(std::memory_order_acquire));
-    return free + mostAhead - added_;
+    return std::min(reached_.load(std::memory_order_relaxed), done()) + mostAhead - added_;
 }
 
 void FilesAhead::add(std::string_view path) {
@@ -52,7 +50,7 @@ void FilesAhead::tell(std::size_t count) {
 const ReadFile* FilesAhead::current() const {
     const std::size_t index = reached_.load(std::memory_order_relaxed);
     const Slot& slot = slots_[index % mostAhead];
-    return index < done_.load(std::memory_order_acquire) && slot.isRead ? &slot.file : nullptr;
+    return index < done() && slot.isRead ? &slot.file : nullptr;
 }
 
 /// How many there are to read, once it is more.
@@ -72,8 +70,12 @@ void FilesAhead::readAll() {
             return;
         }
         Slot& next = slot(index);
-        next.isRead = index > reached_.load(std::memory_order_relaxed) &&
-                      read(next, buffers_.get() + index % mostAhead * largestSmallFile);
+        try {
+            next.isRead = index > reached_.load(std::memory_order_relaxed) &&
+                          read(next, buffers_.get() + index % mostAhead * largestSmallFile);
+        } catch (const std::bad_alloc&) {
+            next.isRead = false;
+        }
         done_.store(index + 1, std::memory_order_release);
     }
 }

@@ -51,6 +51,8 @@ class FilesAhead {
     /// The files before this one, in the order in which they were added, are not needed any more;
     /// nor does the thread begin to read it.
     void comeTo(std::size_t index) { reached_.store(index, std::memory_order_relaxed); }
+    /// How many files the thread is done with, read or not.
+    [[nodiscard]] std::size_t done() const { return done_.load(std::memory_order_acquire); }
     /// The file that was come to, good until the next one is; null when it was not read.
     [[nodiscard]] const ReadFile* current() const;
 
