@@ -369,6 +369,23 @@ TEST_F(PlainCopyTest, ToAFolderThatFindsNilGoesOn) {
 
 // A source that changes meanwhile
 
+TEST_F(PlainCopyTest, KeepsBothEndsWhenWhoeverHearsOfItLetsGoOfThem) {
+    std::shared_ptr<StagedFileInfo> destination = item("/d/b");
+    const std::weak_ptr<StagedFileInfo> ends[] = {source, destination};
+    StagedFileInfo& copied = *source;
+    bool areThere = true;
+    const Percents told([&](int) {
+        source.reset();
+        destination.reset();
+        areThere = areThere && !ends[0].expired() && !ends[1].expired();
+        return false;
+    });
+    EXPECT_EQ(copied.copyTo(destination.get(), false, &told.delegate, nullptr, nullptr),
+              Status::Success);
+    EXPECT_TRUE(areThere);
+    EXPECT_EQ(stage.text("/d/b"), "0123456789");
+}
+
 TEST_F(PlainCopyTest, OfASourceThatShrinksIsShorterAndSaysNothing) {
     stage.at["read /s/a 4+4 (/s/a)"] = [&] { stage.addFile("/s/a", "01234"); };
     Percents percents;

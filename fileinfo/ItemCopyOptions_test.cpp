@@ -255,6 +255,23 @@ TEST_F(CopyWithOptions, AMoveThatFailsCountsWithAnyOption) {
     EXPECT_TRUE(stage.callsOf("syncFolder").empty());
 }
 
+TEST_F(CopyWithOptions, OfAPartThatCannotBeMovedTheFirstFailureIsTold) {
+    options.isWhole = true;
+    stage.failing = {"read /s/a 4+4 (/s/a)", "moveTo /d/QuillboxCopyFile.tmp /d/b"};
+    EXPECT_EQ(copy("/d/b"), CopyStatus::chunkNotRead);
+    EXPECT_EQ(stage.text(plainName), "(none)");
+}
+
+TEST_F(CopyWithOptions, ASourceThatCannotBeReadOnceMoreIsNotVerified) {
+    options.verifies = options.keepsDestination = true;
+    stage.at["openFileForReading /d/OWN"] = [this] { stage.failing = {"read /s/a 4+4 (/s/a)"}; };
+    expectOld(CopyStatus::chunkNotRead, copy("/d/b"));
+    stage.failing.clear();
+    stage.at["openFileForReading /d/OWN"] = [this] { stage.files["/s/a"].content.resize(6); };
+    EXPECT_EQ(copy("/d/b"), CopyStatus::chunkNotRead); // it has become shorter
+    EXPECT_EQ(stage.text("/d/b"), "old");
+}
+
 TEST_F(CopyWithOptions, ADelegateThatRaisesAtTheEndLeavesTheNewFile) {
     options.isDurable = true;
     stage.at["report /d/b"] = [] { throw Exception("delegate", "thrown"); };

@@ -2,11 +2,14 @@
 
 #include "fileinfo/local/LocalOpenFile.hpp"
 #include "fileinfo/local/MacFileInfoFixture_test.hpp"
+#include "testing/ForkedProcess.hpp"
 
+#include <csignal>
 #include <limits>
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -68,6 +71,36 @@ TEST_F(LocalOpenFileTest, ALongRangeTakesNoMoreMemoryThanTheFileHasBytes) {
         {0, std::numeric_limits<std::uint64_t>::max()}, token.get());
     ASSERT_TRUE(whole);
     EXPECT_EQ(textOf(*whole), "0123456789");
+}
+
+TEST_F(LocalOpenFileOnDisk, AfterAWriteThatEndedHalfwayTheNextBeginsAtItsPlace) {
+    addFile("a", "");
+    EXPECT_EQ(
+        runForked([&] {
+            ::signal(SIGXFSZ, SIG_IGN);
+            struct ::rlimit limit {};
+            if (::getrlimit(RLIMIT_FSIZE, &limit) != 0) {
+                return 5;
+            }
+            const struct ::rlimit small = {5, limit.rlim_max};
+            const Item item = in("a");
+            const Token token = item->openFileForWriting();
+            const BytesView data = bytesOf("0123456789");
+            if (!token || ::setrlimit(RLIMIT_FSIZE, &small) != 0) {
+                return 1;
+            }
+            if (item->setFileContentsWithRange(data, {0, 10}, token.get()) != Status::Failure) {
+                return 2;
+            }
+            if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+                return 3;
+            }
+            return item->setFileContentsWithRange(data, {0, 10}, token.get()) == Status::Success
+                       ? 0
+                       : 4;
+        }),
+        ProcessEnd());
+    EXPECT_EQ(textOf(in("a")->fileContents().value_or(Data())), "0123456789");
 }
 
 TEST_F(LocalOpenFileOnDisk, ALongRangeHasTheContentOfAFileThatTellsNoSize) {
