@@ -20,7 +20,7 @@ using FileCopied =
 /// called on this thread; an empty `copied` goes on.
 ///
 /// Between local items it takes less time than so many copies by themselves: from 32 files on small
-/// ones are read on a thread of this function's own while those before them are copied, at most 16
+/// ones are read on a thread of this function's own while those before them are copied, at most 64
 /// at a time. A file that was changed or replaced since it was read is read anew. The thread has
 /// ended when this returns or raises.
 void copyFiles(std::span<const FileInfoPtr> files, TavBaseFileInfo& folder, bool ensureUniqueName,

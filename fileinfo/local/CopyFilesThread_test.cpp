@@ -102,7 +102,7 @@ class Stage {
         return told;
     }
 
-    static constexpr std::size_t count = 60;
+    static constexpr std::size_t count = 120;
     Names names;
 
   private:
@@ -303,7 +303,7 @@ TEST(CopyFilesThread, TakesNoSignals) {
 }
 
 TEST(CopyFilesThread, AKillLeavesWholeFilesAndOneTemporaryFile) {
-    for (std::size_t last = 0; last < Stage::count; last += 13) {
+    for (std::size_t last = 0; last < Stage::count; last += 29) {
         const Stage stage;
         const ProcessEnd end = runForked([&] {
             const FileInfoArray all = stage.items();

@@ -33,8 +33,8 @@ struct ReadFile {
 /// Made, used and destroyed by one thread. The end waits for the file that is just being read.
 class FilesAhead {
   public:
-    /// How many files it may be ahead.
-    static constexpr std::size_t mostAhead = 16;
+    /// How many files it may be ahead. To wake the thread more often costs more than it gains.
+    static constexpr std::size_t mostAhead = 64;
 
     /// Null where there is no memory or no thread to be had.
     [[nodiscard]] static std::unique_ptr<FilesAhead> start();
