@@ -90,17 +90,23 @@ bool isPattern(std::string_view path) {
 class PlainName {
   public:
     PlainName(const std::string& archive, const std::string& folder) : path_(folder + ".zip") {
-        static_cast<void>(FileSystem::current().removeFile(path_));
-        static_cast<void>(FileSystem::current().createLink(path_, archive));
+        static_cast<void>(FileSystem::current().removeFile(path_)); // somebody's who was ended
+        isMade_ = FileSystem::current().createLink(path_, archive).isNone();
     }
-    ~PlainName() { static_cast<void>(FileSystem::current().removeFile(path_)); }
+    ~PlainName() {
+        if (isMade_) {
+            static_cast<void>(FileSystem::current().removeFile(path_));
+        }
+    }
     PlainName(const PlainName&) = delete;
     PlainName& operator=(const PlainName&) = delete;
 
+    [[nodiscard]] bool isMade() const { return isMade_; }
     [[nodiscard]] const std::string& path() const { return path_; }
 
   private:
     std::string path_;
+    bool isMade_ = false;
 };
 
 /// Whether it kept to the space that it may fill.
@@ -116,7 +122,12 @@ bool unpackWithUnzip(const std::string& archive, const std::string& folder) {
         return keepsToItsRoom({unzipProgram, {"-q", "-o", "-P", "x", path, "-d", folder}, {}, {}},
                               folder);
     };
-    return isPattern(archive) ? unpack(PlainName(archive, folder).path()) : unpack(archive);
+    if (!isPattern(archive)) {
+        return unpack(archive);
+    }
+    // Without it the program would look for another archive, by a similar name.
+    const PlainName name(archive, folder);
+    return !name.isMade() || unpack(name.path());
 }
 
 bool unpackWithBsdtar(const std::string& archive, const std::string& folder) {

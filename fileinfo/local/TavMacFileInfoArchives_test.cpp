@@ -354,6 +354,22 @@ TEST_F(ArchivesTest, AFolderThatCannotBeEmptiedIsNotUsed) {
     EXPECT_EQ(asked().program, "/bin/chmod");
 }
 
+TEST_F(ArchivesTest, AFolderThatCanBeEmptiedOnceItIsAccessibleIsUsed) {
+    install("ditto");
+    memory.addFile(unpacked + "/old", "");
+    files.failOperation("OpenFolder.removeFile", EACCES);
+    children.program = [this](const ChildRequest& request) {
+        if (request.program == "/bin/chmod") {
+            files.failOperation("OpenFolder.removeFile", 0);
+        } else {
+            EXPECT_FALSE(isThere(unpacked + "/old"));
+            memory.addFile(unpacked + "/new", "");
+        }
+        return ChildEnd();
+    };
+    EXPECT_EQ(namesIn(at("/home/a.zip")->unzip()), (Arguments{"new"}));
+}
+
 TEST_F(ArchivesTest, WhatALinkLeadsToIsNotMadeAccessible) {
     install("ditto");
     memory.addLink(unpacked, "/home/folder");
@@ -398,6 +414,27 @@ TEST_F(ArchivesTest, UnzipIsGivenNoPatterns) {
     children.program = nullptr;
     EXPECT_NE(at("/[h]/a.zip")->unzip(), std::nullopt);
     EXPECT_EQ(asked().arguments.at(4), "/[h]/a.zip");
+}
+
+TEST_F(ArchivesTest, APlainNameThatIsTakenLeadsToNoOtherArchive) {
+    install("unzip");
+    memory.addFile("/home/*.zip", zipText);
+    memory.addFile("/home/other.zip", zipText);
+    // What a process that ended meanwhile has left.
+    memory.addLink(unpacked + ".zip", "/home/other.zip");
+    children.program = [this](const ChildRequest& request) {
+        EXPECT_EQ(memory.linkTarget(request.arguments.at(4)).value(), "/home/*.zip");
+        return ChildEnd();
+    };
+    EXPECT_NE(at("/home/*.zip")->unzip(), std::nullopt);
+    EXPECT_EQ(children.requests.size(), 1U);
+    // A folder does not give way: unzip would look for an archive by a similar name.
+    memory.addFile(unpacked + ".zip/f", "text");
+    const std::optional<FileInfoArray> items = at("/home/*.zip")->unzip();
+    ASSERT_TRUE(items);
+    EXPECT_TRUE(items->empty());
+    EXPECT_EQ(children.requests.size(), 1U);
+    EXPECT_EQ(contentOf(unpacked + ".zip/f"), "text");
 }
 
 TEST_F(ArchivesTest, WhatIsNoZipArchiveIsNotGivenToOurs) {
