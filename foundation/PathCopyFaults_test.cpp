@@ -329,5 +329,28 @@ TEST_P(PathCopyEnds, AtEveryCallTheSourceOrTheWholeCopyIsThere) {
     }
 }
 
+TEST(PathCopyInMemory, WhatGrewIsNotRemovedAlsoWhereTheClockStandsStill) {
+    MemoryFileSystem memory;
+    memory.keepsTwoSecondDates = true;
+    FaultyFileSystem faulty(memory);
+    const FileSystem::Replacement replaced(faulty);
+    faulty.failOperation("move", EXDEV);
+    for (const std::string source : {"/file", "/folder"}) {
+        const std::string file = source == "/file" ? source : source + "/file";
+        memory.addFile(file, "content");
+        faulty.restartCount();
+        EXPECT_EQ(copyPath(source, "/counted"), Status::Success);
+        const std::size_t calls = faulty.callCount();
+        const Date before = memory.attributes(file).value().changeDate;
+        faulty.restartCount();
+        faulty.atCall(calls + 1, [&] { memory.addFile(file, "content and more"); });
+        EXPECT_EQ(movePath(source, "/to"), statusFromErrorNumber(ESTALE)) << source;
+        EXPECT_EQ(memory.attributes(file).value().changeDate, before);
+        EXPECT_EQ(memory.attributes(file).value().size, 16U);
+        EXPECT_FALSE(memory.attributes("/to").ok());
+        memory.removeAll("/counted");
+    }
+}
+
 } // namespace
 } // namespace tav
