@@ -368,6 +368,31 @@ TEST_P(CopyPathOnDisk, WhatItsOwnerMayNotWriteToComesAndGoes) {
               ProcessEnd());
 }
 
+TEST_P(CopyPathOnDisk, AFolderThatItsOwnerMayNotWriteToIsTakenAwayAgain) {
+    setPermissions(".", 0777);
+    EXPECT_EQ(runForked([&] {
+                  if (::geteuid() == 0 && ::seteuid(65534) != 0) {
+                      return 1;
+                  }
+                  makeFolder("from");
+                  makeFile("from/f", "content");
+                  setPermissions("from", 0555);
+                  faulty.restartCount();
+                  if (copy("from", "counted") != Status::Success) {
+                      return 2;
+                  }
+                  const std::size_t calls = faulty.callCount();
+                  faulty.failOperation("move", EXDEV);
+                  faulty.restartCount();
+                  faulty.atCall(calls + 1, [&] { makeFile("from/f", "content and more"); });
+                  if (move("from", "to") != statusFromErrorNumber(ESTALE)) {
+                      return 3;
+                  }
+                  return read("from/f") == "content and more" && !stands("to") ? 0 : 4;
+              }),
+              ProcessEnd());
+}
+
 class CopyPathInMemory : public testing::Test {
   protected:
     MemoryFileSystem memory;
