@@ -1,10 +1,7 @@
 #include "fileinfo/local/AttributeValues.hpp"
 
-#include "base/NumberText.hpp"
 #include "fileinfo/VerboseLog.hpp"
 #include "fileinfo/local/FileCreation.hpp"
-
-#include <cmath>
 
 namespace tav::internal {
 
@@ -26,10 +23,7 @@ std::optional<std::uint32_t> codeFrom(const Data* bytes) {
 }
 
 std::optional<Date> dateFrom(const Data* bytes) {
-    const std::optional<double> seconds =
-        bytes != nullptr ? realFromText(textOf(*bytes)) : std::nullopt;
-    return seconds && std::isfinite(*seconds) ? std::optional(Date::fromSecondsSince1970(*seconds))
-                                              : std::nullopt;
+    return bytes != nullptr ? creationDateFrom(textOf(*bytes)) : std::nullopt;
 }
 
 std::string_view typeName(FileKind kind) {

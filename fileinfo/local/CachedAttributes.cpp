@@ -3,12 +3,21 @@
 #include "base/NumberText.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 namespace tav {
+
+namespace {
+/// Whole seconds up to this are exact, however they are counted.
+constexpr double largestExactWhole = 1e15;
+} // namespace
 
 std::optional<Data> internal::ownExtendedAttribute(const FileAttributes& file,
                                                    std::string_view path, std::string_view name) {
@@ -26,7 +35,40 @@ std::optional<std::string> internal::creationDateText(Date date) {
     }
     std::string text;
     appendReal(text, date.secondsSince1970());
+    if (creationDateFrom(text) == date) {
+        return text;
+    }
+    // Counted from 1970 the number is larger, and has less room for the fraction.
+    const double whole = std::floor(date.secondsSinceReferenceDate());
+    const double whole1970 = whole + Date::secondsFrom1970To2001;
+    std::array<char, 32> digits{};
+    const auto [end, error] =
+        std::to_chars(digits.data(), digits.data() + digits.size(),
+                      date.secondsSinceReferenceDate() - whole, std::chars_format::fixed);
+    if (error != std::errc() || whole1970 < 0 || whole1970 > largestExactWhole) {
+        return text;
+    }
+    text = std::to_string(static_cast<std::int64_t>(whole1970));
+    text.append(digits.data() + 1, end); // without the 0 before the point
     return text;
+}
+
+std::optional<Date> internal::creationDateFrom(std::string_view text) {
+    const std::optional<double> seconds = realFromText(text);
+    if (!seconds || !std::isfinite(*seconds)) {
+        return std::nullopt;
+    }
+    const std::size_t point = text.find('.');
+    if (point == std::string_view::npos || text.find_first_of("eE") != std::string_view::npos) {
+        return Date::fromSecondsSince1970(*seconds);
+    }
+    const auto whole = realFromText(text.substr(0, point));
+    const auto fraction = realFromText('0' + std::string(text.substr(point)));
+    if (!whole || !fraction) {
+        return Date::fromSecondsSince1970(*seconds);
+    }
+    return Date(*whole - Date::secondsFrom1970To2001 +
+                (text.starts_with('-') ? -*fraction : *fraction));
 }
 
 SystemError internal::keepCreationDate(std::string_view path, Date date) {

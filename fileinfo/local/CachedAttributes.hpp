@@ -51,6 +51,8 @@ ownExtendedAttribute(const FileAttributes& file, std::string_view path, std::str
 /// What a file keeps of a date in `creationDateAttribute`; nothing for one that is no finite
 /// number.
 [[nodiscard]] std::optional<std::string> creationDateText(Date date);
+/// The very date of such a text; nothing for any other text.
+[[nodiscard]] std::optional<Date> creationDateFrom(std::string_view text);
 /// Keeps a date as that of the file's creation, of what the path leads to through links. EINVAL for
 /// one that is no finite number.
 SystemError keepCreationDate(std::string_view path, Date date);

@@ -165,6 +165,16 @@ TEST_F(AttributesTest, HidingTheExtension) {
     item->setHideExtension(false);
 }
 
+TEST_F(AttributesTest, ACreationDateIsKeptToItsLastBit) {
+    memory.addFile("/f", "");
+    const Item item = at("/f");
+    for (const double seconds : {816985358.75926721, 816985358.7592674, 0.1, -1000.1, -978307200.25,
+                                 -978307201.3, 1000.5, 1e-9, 3e9 + 0.7, 1e17, -1e17, 0.0}) {
+        item->setCreationDate(Date(seconds));
+        EXPECT_EQ(at("/f")->creationDate(), Date(seconds)) << seconds;
+    }
+}
+
 TEST_F(AttributesTest, Dates) {
     memory.addFile("/f", "");
     const Item item = at("/f");
