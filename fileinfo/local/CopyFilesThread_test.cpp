@@ -6,6 +6,7 @@
 #include "fileinfo/CopyStatus.hpp"
 #include "fileinfo/local/LocalCopySeries.hpp"
 #include "fileinfo/local/TavMacFileInfo.hpp"
+#include "platform/memory/MemoryClock.hpp"
 #include "testing/ForkedProcess.hpp"
 #include "testing/TemporaryFolder.hpp"
 
@@ -107,6 +108,10 @@ class Stage {
 
   private:
     TemporaryFolder folder_;
+    /// What was made just now has not changed for long.
+    MemoryClock clock_{
+        Date(internal::realClock().now().secondsSinceReferenceDate() + double(count))};
+    Clock::Replacement replacedClock_{clock_};
 };
 
 struct Run {

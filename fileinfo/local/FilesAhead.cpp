@@ -9,6 +9,12 @@
 
 namespace tav::internal {
 
+namespace {
+
+constexpr double longestStepOfDates = 3; // seconds
+
+} // namespace
+
 std::unique_ptr<FilesAhead> FilesAhead::start() {
     try {
         std::unique_ptr<FilesAhead> made(new FilesAhead);
@@ -84,9 +90,11 @@ bool FilesAhead::read(Slot& slot, std::byte* buffer) const {
     if (slot.path.empty()) {
         return false;
     }
+    const double now = clock_.now().secondsSinceReferenceDate();
     const auto file = files_.open(slot.path, OpenOptions());
     const auto found = file.ok() ? file.value()->attributes() : file.error();
-    if (!found.ok() || found.value().size > largestSmallFile) {
+    if (!found.ok() || found.value().size > largestSmallFile ||
+        now - found.value().changeDate.secondsSinceReferenceDate() < longestStepOfDates) {
         return false;
     }
     slot.file.attributes = found.value();

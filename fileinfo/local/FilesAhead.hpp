@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Data.hpp"
+#include "platform/Clock.hpp"
 #include "platform/FileSystem.hpp"
 
 #include <array>
@@ -44,7 +45,9 @@ class FilesAhead {
 
     /// How many more paths may be added; those of files that were come by make room.
     [[nodiscard]] std::size_t room() const;
-    /// Adds the next file; nothing is read of one with the empty path.
+    /// Adds the next file; nothing is read of one with the empty path, nor of one that has changed
+    /// within the last three seconds: file systems keep dates in steps, on FAT of two seconds, and
+    /// another change in the same step could not be told.
     void add(std::string_view path);
     /// Tells the thread what was added since.
     void go();
@@ -71,6 +74,7 @@ class FilesAhead {
     [[nodiscard]] Slot& slot(std::size_t index) { return slots_[index % mostAhead]; }
 
     FileSystem& files_ = FileSystem::current();
+    Clock& clock_ = Clock::current();
     std::unique_ptr<std::byte[]> buffers_; ///< Not filled first.
     std::array<Slot, mostAhead> slots_;
     std::size_t added_ = 0;

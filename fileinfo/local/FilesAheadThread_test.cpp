@@ -2,6 +2,7 @@
 
 #include "fileinfo/local/FilesAhead.hpp"
 #include "platform/memory/FaultyFileSystem.hpp"
+#include "platform/memory/MemoryClock.hpp"
 #include "testing/TemporaryFolder.hpp"
 
 #include <cerrno>
@@ -58,6 +59,13 @@ class FilesAheadThread : public testing::Test {
     TemporaryFolder folder;
     FaultyFileSystem faulty{realFileSystem()};
     FileSystem::Replacement replacement{faulty};
+    MemoryClock clock{later(60)};
+    Clock::Replacement replacedClock{clock};
+
+    /// So many seconds from now, for the clock.
+    static Date later(double seconds) {
+        return Date(realClock().now().secondsSinceReferenceDate() + seconds);
+    }
 };
 
 TEST_F(FilesAheadThread, ReadsAllButTheOneThatWasComeTo) {
@@ -106,6 +114,17 @@ TEST_F(FilesAheadThread, AFileThatIsCutMeanwhileIsNotRead) {
     EXPECT_EQ(ahead->current(), nullptr);
     ahead->comeTo(2);
     EXPECT_NE(ahead->current(), nullptr);
+}
+
+TEST_F(FilesAheadThread, WhatHasJustChangedIsNotRead) {
+    const double changed =
+        realFileSystem().attributes(pathOf(1)).value().changeDate.secondsSinceReferenceDate();
+    for (const double since : {-5.0, 0.0, 2.9, 3.1}) {
+        clock.setNow(Date(changed + since));
+        const auto ahead = started();
+        ahead->comeTo(1);
+        EXPECT_EQ(ahead->current() != nullptr, since > 3) << since;
+    }
 }
 
 TEST_F(FilesAheadThread, NothingIsReadWithoutAPath) {
