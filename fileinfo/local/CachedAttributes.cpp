@@ -33,23 +33,20 @@ std::optional<std::string> internal::creationDateText(Date date) {
     if (!std::isfinite(date.secondsSince1970())) {
         return std::nullopt;
     }
-    std::string text;
-    appendReal(text, date.secondsSince1970());
-    if (creationDateFrom(text) == date) {
-        return text;
-    }
-    // Counted from 1970 the number is larger, and has less room for the fraction.
+    // The fraction by itself: counted from 1970 the number is larger, and has less room for it.
     const double whole = std::floor(date.secondsSinceReferenceDate());
     const double whole1970 = whole + Date::secondsFrom1970To2001;
-    std::array<char, 32> digits{};
+    std::array<char, 32> fraction{};
     const auto [end, error] =
-        std::to_chars(digits.data(), digits.data() + digits.size(),
+        std::to_chars(fraction.data(), fraction.data() + fraction.size(),
                       date.secondsSinceReferenceDate() - whole, std::chars_format::fixed);
+    std::string text;
     if (error != std::errc() || whole1970 < 0 || whole1970 > largestExactWhole) {
-        return text;
+        appendReal(text, date.secondsSince1970());
+    } else {
+        text = std::to_string(static_cast<std::int64_t>(whole1970));
+        text.append(fraction.data() + 1, end); // without the 0 before the point
     }
-    text = std::to_string(static_cast<std::int64_t>(whole1970));
-    text.append(digits.data() + 1, end); // without the 0 before the point
     return text;
 }
 
