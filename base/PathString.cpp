@@ -39,9 +39,22 @@ void appendName(std::string& path, std::string_view name) {
     path += name;
 }
 
+// Whether there are no slashes to leave out but one at the beginning, as in most paths.
+bool isTidy(std::string_view path) {
+    return !path.ends_with(slash) && path.find("//") == std::string_view::npos;
+}
+
 // The names of `path` behind `target`, with one slash between; a leading slash counts only when
 // `target` is empty.
 void appendPath(std::string& target, std::string_view path) {
+    if (isTidy(path)) {
+        if (target.empty()) {
+            target = path;
+        } else if (!path.empty()) {
+            appendName(target, path.substr(path.starts_with(slash) ? 1 : 0));
+        }
+        return;
+    }
     if (target.empty() && path.starts_with(slash)) {
         target = slash;
     }
