@@ -39,7 +39,8 @@ struct ChunkRules {
 /// copied in the user's words.
 [[noreturn]] void throwCancelled(TavBaseFileInfo& source);
 
-/// The content of a copy, chunk by chunk, of which no more than two are in memory.
+/// The content of a copy, chunk by chunk, of which no more than two are in memory; local files are
+/// read four more ahead.
 ///
 /// A chunk counts as copied as a whole, also when the source had fewer bytes for it, unless the
 /// rules say otherwise. Where places have 32 bits, those of a back-end whose size is beyond them
