@@ -5,14 +5,13 @@
 #include "fileinfo/local/LocalOpenFile.hpp"
 #include "fileinfo/local/MacFileInfoFixture_test.hpp"
 #include "testing/OwnMounts.hpp"
+#include "testing/SpaceUsed.hpp"
 
 #include <functional>
 #include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
-
-#include <sys/stat.h>
 
 namespace tav {
 namespace {
@@ -28,12 +27,6 @@ std::string largeContent(std::uint64_t size = largeSize) {
         content[i] = static_cast<char>(i * 31 ^ i >> 12U);
     }
     return content;
-}
-
-std::uint64_t usedBy(const std::string& path) {
-    struct ::stat status {};
-    return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_blocks) * 512
-                                              : 0;
 }
 
 class LargeCopyThread : public MacFileInfoOnDisk {
@@ -70,7 +63,7 @@ TEST_F(LargeCopyThread, IsTheSameFile) {
     EXPECT_EQ(copy(), Status::Success);
     EXPECT_TRUE(contentOf("to") == content);
     EXPECT_EQ(reports, 13);
-    EXPECT_EQ(usedBy(folder.path("to")), usedBy(folder.path("from")));
+    EXPECT_EQ(spaceUsedBy(folder.path("to")), spaceUsedBy(folder.path("from")));
 }
 
 TEST_F(LargeCopyThread, OfEachSizeAroundWholeChunks) {
@@ -114,11 +107,11 @@ TEST_F(LargeCopyThread, HolesStayHolesAmongLargeStretches) {
     holes.carriesHoles = true;
     EXPECT_EQ(copy(holes), Status::Success);
     EXPECT_TRUE(contentOf("to") == contentOf("from"));
-    const std::uint64_t used = usedBy(folder.path("from"));
+    const std::uint64_t used = spaceUsedBy(folder.path("from"));
     if (used >= 30 * mebibyte) {
         GTEST_SKIP() << "no holes in files here";
     }
-    EXPECT_EQ(usedBy(folder.path("to")), used);
+    EXPECT_EQ(spaceUsedBy(folder.path("to")), used);
 }
 
 TEST_F(LargeCopyThread, CancelledAfterAnyReportLeavesNothing) {
@@ -155,7 +148,7 @@ TEST_F(LargeCopyThread, ASourceThatIsCutMeanwhileIsCopiedAsFarAsItGoes) {
     ASSERT_GE(copied.size(), 6 * mebibyte + 17);
     EXPECT_LE(copied.size(), largeSize);
     EXPECT_EQ(copied.compare(0, 6 * mebibyte + 17, content, 0, 6 * mebibyte + 17), 0);
-    EXPECT_EQ(usedBy(folder.path("to")) / mebibyte, (copied.size() + 4095) / mebibyte);
+    EXPECT_EQ(spaceUsedBy(folder.path("to")) / mebibyte, (copied.size() + 4095) / mebibyte);
 }
 
 TEST_F(LargeCopyThread, ASourceThatGrowsMeanwhileIsCopiedAsLongAsItWas) {
@@ -215,13 +208,14 @@ int placeOfAPart(const std::string& folder) {
     if (!to->copyRange(*from, {0, mebibyte})) {
         return 2;
     }
-    if (usedBy(copy) < 12 * mebibyte) {
+    if (spaceUsedBy(copy) < 12 * mebibyte) {
         return 3; // as much as is still to come
     }
     if (!to->close().isNone() || !from->close().isNone()) {
         return 4;
     }
-    return usedBy(copy) == mebibyte && files.attributes(copy).value().size == mebibyte ? passed : 5;
+    return spaceUsedBy(copy) == mebibyte && files.attributes(copy).value().size == mebibyte ? passed
+                                                                                            : 5;
 }
 
 TEST_F(LargeCopyThread, WhatIsNotWrittenAfterAllGivesItsPlaceBack) {

@@ -5,6 +5,7 @@
 #include "platform/Volumes.hpp"
 #include "testing/ForkedProcess.hpp"
 #include "testing/OwnMounts.hpp"
+#include "testing/SpaceUsed.hpp"
 #include "testing/TemporaryFolder.hpp"
 
 #include <atomic>
@@ -36,12 +37,6 @@ void write(std::string_view path, std::string_view text) {
 std::string read(std::string_view path) {
     const auto content = files().readFile(path, 1U << 30U);
     return content.ok() ? std::string(textOf(content.value())) : "(none)";
-}
-
-std::uint64_t usedBy(const std::string& path) {
-    struct ::stat status {};
-    return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_blocks) * 512
-                                              : 0;
 }
 
 std::uint64_t sizeOf(const std::string& path) {
@@ -151,7 +146,7 @@ TEST(LocalCopy, ASparseFileOf5GiBIsCopiedWhole) {
     options.isWhole = options.carriesHoles = options.keepsDestination = true;
     ASSERT_EQ(copy(folder.path("a"), folder.path("b"), options), Status::Success);
     EXPECT_EQ(sizeOf(folder.path("b")), size);
-    EXPECT_LE(usedBy(folder.path("b")), usedBy(folder.path("a")) + (64U << 10U));
+    EXPECT_LE(spaceUsedBy(folder.path("b")), spaceUsedBy(folder.path("a")) + (64U << 10U));
     const auto file = files().open(folder.path("b"), {});
     Data text(6);
     ASSERT_TRUE(file.ok());

@@ -2,6 +2,7 @@
 
 #include "platform/linux/LinuxFileSystem.hpp"
 #include "testing/OwnMounts.hpp"
+#include "testing/SpaceUsed.hpp"
 #include "testing/TemporaryFolder.hpp"
 
 #include <algorithm>
@@ -38,13 +39,6 @@ std::string read(const std::string& path) {
 
 bool write(const std::string& path, std::string_view text) {
     return files().writeFile(path, bytesOf(text), 0600).isNone();
-}
-
-/// Bytes on the medium.
-std::uint64_t usedBy(const std::string& path) {
-    struct ::stat status {};
-    return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_blocks) * 512
-                                              : 0;
 }
 
 struct Volume {
@@ -210,7 +204,7 @@ TEST(LinuxHoles, AreToldToTheByteOfABlock) {
             f.nextData(12 * block).error() != SystemError(ENXIO)) {
             return 3;
         }
-        if (f.position().value() != 8 * block + 1 || usedBy(file) != 2 * block) {
+        if (f.position().value() != 8 * block + 1 || spaceUsedBy(file) != 2 * block) {
             return 4;
         }
         // All hole.
@@ -260,7 +254,7 @@ int expectedOn(const std::string& file, std::uint64_t used) {
     f.expectWrite(~std::uint64_t{0}, 1);
     f.expectWrite(0, ~std::uint64_t{0});
     f.expectWrite(block, 0);
-    if (usedBy(file) != used) {
+    if (spaceUsedBy(file) != used) {
         return 2;
     }
     if (f.attributes().value().size != 6 || f.position().value() != 6 || read(file) != "before") {
@@ -274,7 +268,8 @@ int expectedOn(const std::string& file, std::uint64_t used) {
     }
     const auto toRead = files().open(file, forReading);
     toRead.value()->expectWrite(16 * block, block);
-    return f.setSize(6).isNone() && usedBy(file) == block && read(file) == "before" ? passed : 6;
+    return f.setSize(6).isNone() && spaceUsedBy(file) == block && read(file) == "before" ? passed
+                                                                                         : 6;
 }
 
 TEST(LinuxHoles, AnExpectedWriteHasItsPlaceOnTheMedium) {
