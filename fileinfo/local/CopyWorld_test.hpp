@@ -10,7 +10,7 @@
 namespace tav {
 
 /// Files in memory that local items are copied among, and what is told of the copies.
-struct CopyWorld {
+struct CopyWorld : FilesInMemory {
     CopyWorld() {
         addVolume("/", 1'000'000);
         memory.addFolder("/s");
@@ -54,13 +54,6 @@ struct CopyWorld {
         }
     }
 
-    MemoryFileSystem memory;
-    FaultyFileSystem files{memory};
-    MemoryVolumes volumes{memory};
-    MemoryUserFolders folders;
-    FileSystem::Replacement replacedFiles{files};
-    Volumes::Replacement replacedVolumes{volumes};
-    UserFolders::Replacement replacedFolders{folders};
     SeenLog log;
     std::vector<std::string> told;
     std::shared_ptr<TavMacFileInfo> source;

@@ -34,8 +34,19 @@ namespace tav {
     return content.ok() ? std::string(textOf(content.value())) : "nothing";
 }
 
-/// Local items over files in memory, whose calls are counted.
-class MacFileInfoInMemory : public testing::Test {
+/// Files in memory, in the place of the host's as long as it lives. Their calls are counted.
+struct FilesInMemory {
+    MemoryFileSystem memory;
+    FaultyFileSystem files{memory};
+    MemoryVolumes volumes{memory};
+    MemoryUserFolders folders;
+    FileSystem::Replacement replacedFiles{files};
+    Volumes::Replacement replacedVolumes{volumes};
+    UserFolders::Replacement replacedFolders{folders};
+};
+
+/// Local items over files in memory.
+class MacFileInfoInMemory : public testing::Test, protected FilesInMemory {
   protected:
     using Item = std::shared_ptr<TavMacFileInfo>;
     using Calls = std::vector<std::string>;
@@ -51,14 +62,6 @@ class MacFileInfoInMemory : public testing::Test {
         action();
         return memory.calls();
     }
-
-    MemoryFileSystem memory;
-    FaultyFileSystem files{memory};
-    MemoryVolumes volumes{memory};
-    MemoryUserFolders folders;
-    FileSystem::Replacement replacedFiles{files};
-    Volumes::Replacement replacedVolumes{volumes};
-    UserFolders::Replacement replacedFolders{folders};
 };
 
 /// Local items over the host's own files.
