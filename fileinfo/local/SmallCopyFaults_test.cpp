@@ -65,7 +65,7 @@ std::size_t callsOfOneCopy(Way way) {
     return counted.callCount();
 }
 
-TEST(SmallCopyFaults, AsksAThirdAsMuch) {
+TEST(SmallCopyFaults, AsksHalfAsMuchAtMost) {
     const std::size_t atOnce = callsOfOneCopy(Way::AtOnce);
     EXPECT_LE(atOnce, 12U);
     EXPECT_LE(atOnce * 2, callsOfOneCopy(Way::Stepwise));
