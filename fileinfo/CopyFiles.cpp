@@ -8,7 +8,8 @@ void copyFiles(std::span<const FileInfoPtr> files, TavBaseFileInfo& folder, bool
                const ProgressDelegate* delegate, void* userData, const FileCopied& copied) {
     const FileInfoPtr kept = folder.shared_from_this(); // whoever hears of it may let go
     CopySupport* const support = folder.copySupport();
-    const auto series = support != nullptr ? support->beginSeries(files, folder) : nullptr;
+    const auto series =
+        support != nullptr ? support->beginSeries(files, folder, ensureUniqueName) : nullptr;
     for (std::size_t index = 0; index < files.size(); ++index) {
         if (series) {
             series->comeTo(index);

@@ -19,7 +19,8 @@ using FileCopied =
 /// raises does. None of the files is null, and the span stays as it is until this returns. All is
 /// called on this thread; an empty `copied` goes on.
 ///
-/// Between local items it takes less time than so many copies by themselves: from 32 files on small
+/// Between local items it takes less time than so many copies by themselves, where names need not
+/// be unique: from 32 files on small
 /// ones are read on a thread of this function's own while those before them are copied, at most 64
 /// at a time. A file that was changed or replaced since it was read is read anew. The thread has
 /// ended when this returns or raises.

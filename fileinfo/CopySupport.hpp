@@ -96,11 +96,11 @@ class CopySupport {
     /// the caller unless it is an `Exception`, as with the steps.
     virtual std::optional<Status> copyAtOnce(const PlainCopy& /*copy*/) { return std::nullopt; }
 
-    /// Begins the copies of many files into one folder, in their order; the answer lasts as long as
-    /// they do. Null where it would make no difference.
+    /// Begins the copies of many files into one folder, in their order, each with a unique name or
+    /// its own; the answer lasts as long as they do. Null where it would make no difference.
     virtual std::unique_ptr<CopySeries>
     beginSeries(std::span<const std::shared_ptr<TavBaseFileInfo>> /*files*/,
-                TavBaseFileInfo& /*folder*/) {
+                TavBaseFileInfo& /*folder*/, bool /*ensureUniqueName*/) {
         return nullptr;
     }
 };

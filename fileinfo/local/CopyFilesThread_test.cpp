@@ -196,6 +196,8 @@ TEST(CopyFilesThread, DoesNotReadForAFew) {
     copyFiles(std::span(all).first(LocalCopySeries::fewestFiles - 1), *folder, false, nullptr,
               nullptr, note);
     EXPECT_EQ(most, before);
+    copyFiles(all, *folder, true, nullptr, nullptr, note); // nor where each takes all the steps
+    EXPECT_EQ(most, before);
     copyFiles(std::span(all).first(LocalCopySeries::fewestFiles), *folder, false, nullptr, nullptr,
               note);
     EXPECT_EQ(most, before + 1);

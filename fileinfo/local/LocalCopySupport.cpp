@@ -203,8 +203,10 @@ std::optional<Status> LocalCopySupport::copyAtOnce(const PlainCopy& copy) {
 }
 
 std::unique_ptr<CopySeries> LocalCopySupport::beginSeries(std::span<const FileInfoPtr> files,
-                                                          TavBaseFileInfo& folder) {
-    return isPlainLocalItem(folder)
+                                                          TavBaseFileInfo& folder,
+                                                          bool ensureUniqueName) {
+    // Unique names take the steps, which read for themselves.
+    return !ensureUniqueName && isPlainLocalItem(folder)
                ? std::make_unique<LocalCopySeries>(files, static_cast<TavMacFileInfo&>(folder))
                : nullptr;
 }

@@ -26,7 +26,8 @@ class LocalCopySupport final : public CopySupport {
     /// Small files.
     std::optional<Status> copyAtOnce(const PlainCopy& copy) override;
     std::unique_ptr<CopySeries> beginSeries(std::span<const FileInfoPtr> files,
-                                            TavBaseFileInfo& folder) override;
+                                            TavBaseFileInfo& folder,
+                                            bool ensureUniqueName) override;
 };
 
 /// Whether the item is what `TavMacFileInfo` makes, and of no class over it that may do some of the
