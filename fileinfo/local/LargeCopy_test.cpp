@@ -109,7 +109,7 @@ TEST_F(LargeCopyThread, HolesStayHolesAmongLargeStretches) {
     EXPECT_TRUE(contentOf("to") == contentOf("from"));
     const std::uint64_t used = spaceUsedBy(folder.path("from"));
     if (used >= 30 * mebibyte) {
-        GTEST_SKIP() << "no holes in files here";
+        GTEST_SKIP() << "the file system of temporary files keeps no holes";
     }
     EXPECT_EQ(spaceUsedBy(folder.path("to")), used);
 }
